@@ -1,0 +1,134 @@
+// T = steady_bioheat(P, MEDIUM, DX, DY, DZ, SWEEPS): the module's one function. See matlab/steady_bioheat.m.
+#include <climits>
+#include <cstdint>
+#include <cstdio>
+
+#include "core/host_api.h"
+#include "mex/bioheat_solver.h"
+#include "mex/exported.h"
+#include "mex/medium.h"
+
+namespace {
+
+using kesto::fail;
+using kesto::is_empty;
+
+enum Input { pressure, medium_structure, spacing_x, spacing_y, spacing_z, sweeps, input_count };
+
+// Two real arrays, released by the host after the call.
+struct SplitPressure {
+  const mwSize* dims;
+  std::size_t count;
+  const double* real;
+  const double* imag;
+};
+
+// Indices are 32-bit, in this module and in the callers' code.
+std::size_t element_count(const mwSize* dims) {
+  std::size_t count = 1;
+  for (int d = 0; d < 3; ++d) {
+    if (dims[d] > INT_MAX) fail("Input pressure must have fewer than 2^31 elements.\n");
+  }
+  for (int d = 0; d < 3; ++d) {
+    count *= dims[d];  // each factor is below 2^31
+    if (count > INT_MAX) fail("Input pressure must have fewer than 2^31 elements.\n");
+  }
+  return count;
+}
+
+SplitPressure split_pressure(const mxArray* input) {
+  SplitPressure split;
+  split.dims = mxGetDimensions(input);
+  split.count = element_count(split.dims);
+  const mxComplexDouble* interleaved = nullptr;
+  if (split.count != 0) {
+    interleaved = mxGetComplexDoubles(input);
+    if (interleaved == nullptr) fail("Input pressure must be a complex double array.\n");
+  }
+  double* const real = mxGetPr(mxCreateNumericArray(3, split.dims, mxDOUBLE_CLASS, mxREAL));
+  double* const imag = mxGetPr(mxCreateNumericArray(3, split.dims, mxDOUBLE_CLASS, mxREAL));
+  for (std::size_t n = 0; n < split.count; ++n) {
+    real[n] = interleaved[n].real;
+    imag[n] = interleaved[n].imag;
+  }
+  split.real = real;
+  split.imag = imag;
+  return split;
+}
+
+// Truncated toward zero; NaN and what lies beyond 32 bits becomes the most negative integer.
+int to_int32(double value) {
+  return value > INT_MIN - 1.0 && value < INT_MAX + 1.0 ? static_cast<int>(value) : INT_MIN;
+}
+
+void require_number(const mxArray* input, const char* message) {
+  if (!mxIsNumeric(input) || is_empty(input)) fail(message);
+}
+
+void require_spacing(const mxArray* input, const char* not_numeric, const char* not_positive) {
+  require_number(input, not_numeric);
+  if (0.0 >= mxGetScalar(input)) fail(not_positive);  // NaN passes
+}
+
+// Both questions of dz and of the count are asked of the count; the value of dz is never tested. Callers rely on it.
+void require_spacing_z_and_sweeps(const mxArray* dz, const mxArray* count) {
+  require_number(dz, "dz must be numeric.\n");
+  // From an empty array or a structure no host has a scalar to give: left to the numeric test below.
+  const bool has_scalar = !is_empty(count) && !mxIsStruct(count);
+  if (has_scalar && to_int32(mxGetScalar(count)) <= 0) fail("dz must be positive and non-zero.\n");
+  require_number(count, "Number of iterations must be numeric.\n");
+  if (to_int32(mxGetScalar(count)) <= 0) fail("Number of iterations must be positive and non-zero.\n");
+}
+
+kesto::VectorTarget vector_target() {
+  const char* ignored = nullptr;
+  const kesto::VectorTarget target = kesto::chosen_vector_target(&ignored);
+  if (ignored != nullptr) {
+    char text[200];
+    std::snprintf(text, sizeof text, "KESTO_VECTOR_TARGET: \"%.60s\" is not available on this machine; using %s.",
+                  ignored, kesto::name_of(target));
+    mexWarnMsgTxt(text);
+  }
+  return target;
+}
+
+}  // namespace
+
+KESTO_EXPORTED void mexFunction(int nlhs, mxArray* plhs[], int nrhs, const mxArray* prhs[]) {
+  Medium medium;
+  if (nlhs != 1) fail("This function requires exactly one output parameter.\n");
+  if (nrhs != input_count) {
+    fail("This function requires exactly 6 arguments. See the documentation for details.\n");
+  }
+  if (mxGetNumberOfDimensions(prhs[pressure]) != 3) {
+    // The medium's dimensions, not the pressure's: callers rely on it.
+    mexPrintf("%i\n", static_cast<int>(mxGetNumberOfDimensions(prhs[medium_structure])));
+    fail("Input pressure must have three dimensions.");
+  }
+  const SplitPressure split = split_pressure(prhs[pressure]);
+
+  if (!mxIsStruct(prhs[medium_structure])) fail("Medium must be a MATLAB structure.\n");
+  medium = Medium(&prhs[medium_structure]);
+
+  require_spacing(prhs[spacing_x], "dx must be numeric.\n", "dx must be positive and non-zero.\n");
+  require_spacing(prhs[spacing_y], "dy must be numeric.\n", "dy must be positive and non-zero.\n");
+  require_spacing_z_and_sweeps(prhs[spacing_z], prhs[sweeps]);
+
+  kesto::BioheatProblem problem;
+  problem.n0 = static_cast<int>(split.dims[0]);
+  problem.n1 = static_cast<int>(split.dims[1]);
+  problem.n2 = static_cast<int>(split.dims[2]);
+  problem.dx = mxGetScalar(prhs[spacing_x]);
+  problem.dy = mxGetScalar(prhs[spacing_y]);
+  problem.dz = mxGetScalar(prhs[spacing_z]);
+  problem.absorption = medium._dBcmMHz;  // as it stands: no unit conversion, no frequency; callers rely on it
+  problem.impedance = medium._rho_density * medium._soundspeed;
+  problem.perfusion = medium._wb;
+  problem.specific_heat_of_blood = medium._cb;
+  problem.conductivity = medium._kappa;
+  problem.sweeps = to_int32(mxGetScalar(prhs[sweeps]));
+
+  plhs[0] = mxCreateNumericArray(3, split.dims, mxDOUBLE_CLASS, mxREAL);
+  const kesto::ScratchArray<double> heat_source(split.count);
+  kesto::solve_steady_bioheat(problem, split.real, split.imag, heat_source.data(), mxGetPr(plhs[0]), vector_target());
+}
