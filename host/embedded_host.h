@@ -49,9 +49,6 @@ Report guarded(const std::function<void()>& body);
 class Module {
  public:
   explicit Module(const std::string& path);  // throws std::runtime_error when it cannot be loaded
-  ~Module();
-  Module(const Module&) = delete;
-  Module& operator=(const Module&) = delete;
 
   // Calls the gateway with nlhs outputs asked for. Outputs go to `outputs` (if not null); every other array that
   // the call created is released afterwards, as are the blocks it left behind.
@@ -61,7 +58,7 @@ class Module {
   void required_api_version(unsigned* built_by_release, unsigned* target_api_version) const;
 
  private:
-  void* handle_;
+  std::unique_ptr<void, int (*)(void*)> handle_;
   void (*gateway_)(int, mxArray*[], int, const mxArray*[]);
   void (*version_)(unsigned*, unsigned*);
 };

@@ -1,11 +1,26 @@
 // Loading and calling a module.
 #include <dlfcn.h>
 
+#include <climits>
+#include <cstdlib>
+
 #include "host/ledger.h"
 
 namespace kesto::host {
 
 namespace {
+
+// A bare file name would be searched for on the system's library path.
+std::string absolute(const std::string& path) {
+  char resolved[PATH_MAX];
+  return realpath(path.c_str(), resolved) != nullptr ? resolved : path;
+}
+
+void* opened(const std::string& path) {
+  void* const handle = dlopen(absolute(path).c_str(), RTLD_NOW | RTLD_LOCAL);
+  if (handle == nullptr) throw std::runtime_error(dlerror());
+  return handle;
+}
 
 template <class F>
 F* entry_point(void* handle, const char* name) {
@@ -16,13 +31,10 @@ F* entry_point(void* handle, const char* name) {
 
 }  // namespace
 
-Module::Module(const std::string& path) : handle_(dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL)) {
-  if (handle_ == nullptr) throw std::runtime_error(dlerror());
-  gateway_ = entry_point<void(int, mxArray*[], int, const mxArray*[])>(handle_, "mexFunction");
-  version_ = entry_point<void(unsigned*, unsigned*)>(handle_, "mexfilerequiredapiversion");
+Module::Module(const std::string& path) : handle_(opened(path), dlclose) {
+  gateway_ = entry_point<void(int, mxArray*[], int, const mxArray*[])>(handle_.get(), "mexFunction");
+  version_ = entry_point<void(unsigned*, unsigned*)>(handle_.get(), "mexfilerequiredapiversion");
 }
-
-Module::~Module() { dlclose(handle_); }
 
 Report Module::call(int nlhs, const std::vector<const mxArray*>& inputs, std::vector<Array>* outputs) const {
   // A host hands over room for at least one output, asked for or not.

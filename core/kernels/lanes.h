@@ -61,4 +61,20 @@ KESTO_INLINE void store(double* to, typename Lanes<W>::Double v) {
   __builtin_memcpy(to, &v, sizeof v);
 }
 
+// The W lanes that start at lane 1 of a followed by b.
+template <int W>
+KESTO_INLINE typename Lanes<W>::Double from_second(typename Lanes<W>::Double a, typename Lanes<W>::Double b) {
+  if constexpr (W == 2) return __builtin_shufflevector(a, b, 1, 2);
+  if constexpr (W == 4) return __builtin_shufflevector(a, b, 1, 2, 3, 4);
+  if constexpr (W == 8) return __builtin_shufflevector(a, b, 1, 2, 3, 4, 5, 6, 7, 8);
+}
+
+// The W lanes that start at the last lane of a followed by b.
+template <int W>
+KESTO_INLINE typename Lanes<W>::Double from_last(typename Lanes<W>::Double a, typename Lanes<W>::Double b) {
+  if constexpr (W == 2) return __builtin_shufflevector(a, b, 1, 2);
+  if constexpr (W == 4) return __builtin_shufflevector(a, b, 3, 4, 5, 6);
+  if constexpr (W == 8) return __builtin_shufflevector(a, b, 7, 8, 9, 10, 11, 12, 13, 14);
+}
+
 }  // namespace kesto
