@@ -29,9 +29,10 @@ KESTO_INLINE void relax_plane(double* t, const double* source, const DiagonalRun
   for (; i + W <= run.length; i += W) {
     const auto next_after = load<W>(next + i + W);
     const auto previous_here = load<W>(previous + i);
-    store<W>(own + i, relaxed(load<W>(own + i), from_second<W>(next_here, next_after),
-                              from_last<W>(previous_before, previous_here), next_here, previous_here,
-                              load<W>(above + i), load<W>(below + i), load<W>(source + i), w));
+    // In two lanes another load is cheaper than the shuffle and the copy that it needs.
+    const auto previous_shifted = W == 2 ? load<W>(previous + i - 1) : from_last<W>(previous_before, previous_here);
+    store<W>(own + i, relaxed(load<W>(own + i), from_second<W>(next_here, next_after), previous_shifted, next_here,
+                              previous_here, load<W>(above + i), load<W>(below + i), load<W>(source + i), w));
     next_here = next_after;
     previous_before = previous_here;
   }
