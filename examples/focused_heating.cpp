@@ -148,6 +148,10 @@ void run(const Options& options) {
   print_peak(grid, heating.temperature);
   const double residual = relative_residual(grid, pressure, liver, bowl.frequency, heating.temperature);
   std::printf("  residual of the heat balance %.2g of the largest source (bound %.0g)\n", residual, residual_tolerance);
+  if (grid.spacing > 0.25 * bowl.soundspeed / bowl.frequency) {
+    std::printf(
+        "  this grid is too coarse for the field's wavelength: the balance is met, the peak is overestimated\n");
+  }
   std::printf("  %d sweeps: %.2f s, %.3f ns per point and sweep\n", options.sweeps, heating.seconds,
               heating.seconds * 1e9 / (static_cast<double>(grid.size()) * options.sweeps));
   require(residual <= residual_tolerance, "the heat balance is not met: more sweeps are needed");

@@ -13,7 +13,7 @@ struct mxArray_tag {
   bool complex = false;
   std::vector<mwSize> dims;
   void* data = nullptr;            // numeric, logical and character elements
-  std::size_t bytes = 0;           // of data
+  std::size_t bytes = 0;           // of data, and of all that it owns
   std::vector<std::string> names;  // fields of a structure
   std::vector<mxArray*> children;  // cells, or the fields of element 0, then of element 1, ...; owned
 
@@ -46,6 +46,15 @@ size_t element_size(mxClassID classid) {
   }
 }
 
+// Of counts and sizes; one that no memory could hold ends the call.
+size_t product(const std::vector<size_t>& factors) {
+  size_t result = 1;
+  for (const size_t factor : factors) {
+    if (__builtin_mul_overflow(result, factor, &result) || result > SIZE_MAX / 16) mexErrMsgTxt("Out of memory.");
+  }
+  return result;
+}
+
 void set_dimensions(mxArray& array, const mwSize* dims, mwSize ndim) {
   array.dims.assign(dims, dims + ndim);
   while (array.dims.size() < 2) array.dims.push_back(1);
@@ -65,13 +74,17 @@ double first(const void* data) {
   return static_cast<double>(*static_cast<const T*>(data));
 }
 
+kesto::host::Ledger* holder(mxArray* array) {
+  kesto::host::Ledger* books = &ledger();
+  while (books != nullptr && books->arrays.count(array) == 0) books = books->outer;
+  return books;
+}
+
 // Takes an array out of its books: it dies, or a structure owns it now.
-void forget(mxArray* array) {
-  for (kesto::host::Ledger* books = &ledger(); books != nullptr; books = books->outer) {
-    if (books->arrays.erase(array) != 0) {
-      books->bytes -= array->bytes;
-      return;
-    }
+void strike_out(mxArray* array) {
+  if (kesto::host::Ledger* const books = holder(array)) {
+    books->arrays.erase(array);
+    books->bytes -= array->bytes;
   }
 }
 
@@ -80,10 +93,9 @@ void forget(mxArray* array) {
 extern "C" {
 
 mxArray* mxCreateNumericArray(mwSize ndim, const mwSize* dims, mxClassID classid, mxComplexity complexity) {
-  size_t bytes = element_size(classid) * (complexity == mxCOMPLEX ? 2 : 1);
-  for (mwSize d = 0; d < ndim; ++d) {
-    if (__builtin_mul_overflow(bytes, dims[d], &bytes)) mexErrMsgTxt("Out of memory.");
-  }
+  std::vector<size_t> factors(dims, dims + ndim);
+  factors.push_back(element_size(classid) * (complexity == mxCOMPLEX ? 2 : 1));
+  const size_t bytes = product(factors);
   void* const data = std::calloc(bytes != 0 ? bytes : 1, 1);
   if (data == nullptr) mexErrMsgTxt("Out of memory.");
   mxArray* const array = new_array(classid, dims, ndim);
@@ -110,22 +122,25 @@ mxArray* mxCreateString(const char* text) {
 
 mxArray* mxCreateStructMatrix(mwSize m, mwSize n, int nfields, const char** names) {
   const mwSize dims[] = {m, n};
+  const std::vector<std::string> fields(names, names + nfields);
+  std::vector<mxArray*> children(product({m, n, fields.size()}), nullptr);
   mxArray* const array = new_array(mxSTRUCT_CLASS, dims, 2);
-  array->names.assign(names, names + nfields);
-  array->children.assign(m * n * array->names.size(), nullptr);
+  array->names = fields;
+  array->children = children;
   return array;
 }
 
 mxArray* mxCreateCellMatrix(mwSize m, mwSize n) {
   const mwSize dims[] = {m, n};
+  std::vector<mxArray*> children(product({m, n}), nullptr);
   mxArray* const array = new_array(mxCELL_CLASS, dims, 2);
-  array->children.assign(m * n, nullptr);
+  array->children = children;
   return array;
 }
 
 void mxDestroyArray(mxArray* array) {
   if (array == nullptr) return;
-  forget(array);
+  strike_out(array);
   for (mxArray* const child : array->children) mxDestroyArray(child);
   std::free(array->data);
   delete array;
@@ -194,9 +209,14 @@ void mxSetField(mxArray* array, mwIndex index, const char* name, mxArray* value)
   if (field < 0 || index >= array->elements()) mexErrMsgTxt("mxSetField: no such field or element.");
   mxArray*& slot = array->children[index * array->names.size() + static_cast<size_t>(field)];
   if (slot == value) return;
+  kesto::host::Ledger* const books = holder(array);
+  const size_t old_bytes = slot != nullptr ? slot->bytes : 0;
   mxDestroyArray(slot);
   slot = value;
-  forget(value);
+  const size_t new_bytes = value != nullptr ? value->bytes : 0;
+  strike_out(value);
+  array->bytes += new_bytes - old_bytes;
+  if (books != nullptr) books->add_bytes(new_bytes - old_bytes);
 }
 
 }  // extern "C"

@@ -35,14 +35,14 @@ struct Report {
   std::size_t live_bytes = 0;         // and their bytes
   std::size_t peak_bytes = 0;         // most bytes in blocks and arrays of the call at any one time
   std::size_t bad_frees = 0;          // mxFree or mxRealloc of something that is no live block
-  std::size_t temporary_arrays = 0;   // arrays that the call created and left to the host to release
+  std::size_t temporary_arrays = 0;   // arrays that the call created and neither destroyed nor returned
 
   // No error, no leaked block, no bad free.
   bool clean() const { return !failed && live_blocks == 0 && bad_frees == 0; }
 };
 
-// Runs `body` as a host runs a call. Only Error is caught; blocks of a failed call are freed, blocks that a call
-// leaves behind otherwise stay alive and are reported.
+// Runs `body` as a host runs a call. Only Error is caught. Blocks that a failed call took are freed; what a call leaves
+// behind otherwise stays alive, and is reported.
 Report guarded(const std::function<void()>& body);
 
 // A built module, loaded as a host loads it.

@@ -35,7 +35,8 @@ OpenLedger::~OpenLedger() {
   Ledger& outer = ledger();
   outer.blocks.merge(own_.blocks);
   outer.arrays.merge(own_.arrays);
-  outer.add_bytes(own_.bytes);
+  outer.report.peak_bytes = std::max(outer.report.peak_bytes, outer.bytes + own_.report.peak_bytes);
+  outer.bytes += own_.bytes;
 }
 
 void OpenLedger::run(const std::function<void()>& body) {
@@ -70,6 +71,7 @@ Report guarded(const std::function<void()>& body) {
   OpenLedger books;
   books.run(body);
   if (books->report.failed) books->release_blocks();
+  books->report.temporary_arrays = books->arrays.size();
   return books->report;
 }
 
@@ -84,10 +86,10 @@ Ledger* holder(void* block) {
   return nullptr;
 }
 
-void* entered(void* block, std::size_t bytes) {
+void* entered(Ledger& books, void* block, std::size_t bytes) {
   if (block == nullptr) mexErrMsgTxt("Out of memory.");
-  ledger().blocks.emplace(block, bytes);
-  ledger().add_bytes(bytes);
+  books.blocks.emplace(block, bytes);
+  books.add_bytes(bytes);
   return block;
 }
 
@@ -104,12 +106,12 @@ using kesto::host::ledger;
 
 extern "C" {
 
-void* mxMalloc(size_t bytes) { return kesto::host::entered(std::malloc(bytes != 0 ? bytes : 1), bytes); }
+void* mxMalloc(size_t bytes) { return kesto::host::entered(ledger(), std::malloc(bytes != 0 ? bytes : 1), bytes); }
 
 void* mxCalloc(size_t count, size_t size) {
   if (size != 0 && count > SIZE_MAX / size) mexErrMsgTxt("Out of memory.");
   const size_t bytes = count * size;
-  return kesto::host::entered(std::calloc(bytes != 0 ? bytes : 1, 1), bytes);
+  return kesto::host::entered(ledger(), std::calloc(bytes != 0 ? bytes : 1, 1), bytes);
 }
 
 void* mxRealloc(void* block, size_t bytes) {
@@ -123,7 +125,7 @@ void* mxRealloc(void* block, size_t bytes) {
     books->blocks.emplace(block, old_bytes);  // the old block stays alive
     books->bytes += old_bytes;
   }
-  return kesto::host::entered(resized, bytes);
+  return kesto::host::entered(*books, resized, bytes);  // it stays its owner's, whoever resizes it
 }
 
 void mxFree(void* block) {

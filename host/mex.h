@@ -110,8 +110,8 @@ size_t mxGetM(const mxArray* array);
 size_t mxGetN(const mxArray* array);                                   // the product of all dimensions but the first
 int mxSetDimensions(mxArray* array, const mwSize* dims, mwSize ndim);  // as in MATLAB, the data is not resized
 
-double* mxGetPr(const mxArray* array);                       // null unless double
-mxComplexDouble* mxGetComplexDoubles(const mxArray* array);  // null unless complex double
+double* mxGetPr(const mxArray* array);                       // null unless real double
+mxComplexDouble* mxGetComplexDoubles(const mxArray* array);  // null unless complex double; Octave raises an error
 void* mxGetData(const mxArray* array);
 // First element as double (its real part). An array that holds no number (cell, structure, empty) ends the call
 // with the host's own error, as in Octave; MATLAB leaves it undefined.

@@ -41,7 +41,7 @@ function temperature = steady_bioheat(pressure, medium, dx, dy, dz, iterations)
 %     This function requires exactly 6 arguments. See the documentation for details.
 %     Input pressure must have three dimensions.
 %     Input pressure must have fewer than 2^31 elements.
-%     Input pressure must be a complex double array.
+%     Input pressure must be a complex double array.  (Octave words it its own way.)
 %     Medium must be a MATLAB structure.
 %     Medium object is not structured correctly. Please see the documentation for the correct structure.
 %     dx must be numeric.                 dx must be positive and non-zero.

@@ -25,13 +25,11 @@ struct SplitPressure {
 
 // Indices are 32-bit, in this module and in the callers' code.
 std::size_t element_count(const mwSize* dims) {
+  if (dims[0] == 0 || dims[1] == 0 || dims[2] == 0) return 0;
   std::size_t count = 1;
   for (int d = 0; d < 3; ++d) {
-    if (dims[d] > INT_MAX) fail("Input pressure must have fewer than 2^31 elements.\n");
-  }
-  for (int d = 0; d < 3; ++d) {
-    count *= dims[d];  // each factor is below 2^31
-    if (count > INT_MAX) fail("Input pressure must have fewer than 2^31 elements.\n");
+    if (dims[d] > INT_MAX / count) fail("Input pressure must have fewer than 2^31 elements.\n");
+    count *= dims[d];
   }
   return count;
 }
@@ -73,23 +71,21 @@ void require_spacing(const mxArray* input, const char* not_numeric, const char* 
 // Both questions of dz and of the count are asked of the count; the value of dz is never tested. Callers rely on it.
 void require_spacing_z_and_sweeps(const mxArray* dz, const mxArray* count) {
   require_number(dz, "dz must be numeric.\n");
-  // From an empty array or a structure no host has a scalar to give: left to the numeric test below.
+  // An empty array or a structure has no scalar to give, and not every host says so: left to the numeric test below.
   const bool has_scalar = !is_empty(count) && !mxIsStruct(count);
   if (has_scalar && to_int32(mxGetScalar(count)) <= 0) fail("dz must be positive and non-zero.\n");
   require_number(count, "Number of iterations must be numeric.\n");
   if (to_int32(mxGetScalar(count)) <= 0) fail("Number of iterations must be positive and non-zero.\n");
 }
 
-kesto::VectorTarget vector_target() {
+void warn_of_ignored_vector_target() {
   const char* ignored = nullptr;
-  const kesto::VectorTarget target = kesto::chosen_vector_target(&ignored);
-  if (ignored != nullptr) {
-    char text[200];
-    std::snprintf(text, sizeof text, "KESTO_VECTOR_TARGET: \"%.60s\" is not available on this machine; using %s.",
-                  ignored, kesto::name_of(target));
-    mexWarnMsgTxt(text);
-  }
-  return target;
+  const char* const used = kesto::name_of(kesto::chosen_vector_target(&ignored));
+  if (ignored == nullptr) return;
+  char text[200];
+  std::snprintf(text, sizeof text, "KESTO_VECTOR_TARGET: \"%.60s\" is not available on this machine; using %s.",
+                ignored, used);
+  mexWarnMsgTxt(text);
 }
 
 }  // namespace
@@ -129,6 +125,7 @@ KESTO_EXPORTED void mexFunction(int nlhs, mxArray* plhs[], int nrhs, const mxArr
   problem.sweeps = to_int32(mxGetScalar(prhs[sweeps]));
 
   plhs[0] = mxCreateNumericArray(3, split.dims, mxDOUBLE_CLASS, mxREAL);
+  warn_of_ignored_vector_target();
   const kesto::ScratchArray<double> heat_source(split.count);
-  kesto::solve_steady_bioheat(problem, split.real, split.imag, heat_source.data(), mxGetPr(plhs[0]), vector_target());
+  kesto::solve_steady_bioheat(problem, split.real, split.imag, heat_source.data(), mxGetPr(plhs[0]));
 }

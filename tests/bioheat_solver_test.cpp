@@ -1,11 +1,14 @@
 // The solver below the gateway: against the plain loops to the bit, against closed forms and in its limits.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <random>
+#include <set>
 #include <vector>
 
+#include "mex/bioheat_kernels.h"
 #include "tests/plain_bioheat.h"
 
 namespace {
@@ -34,6 +37,7 @@ void expect_plain(kesto::BioheatProblem p, const std::vector<double>& odd_values
   plain_bioheat(p, plain.real.data(), plain.imag.data(), plain.heat.data(), plain.temperature.data());
   for (const kesto::VectorTarget target : kesto::all_vector_targets) {
     if (!kesto::is_available(target)) continue;
+    std::fill(fast.temperature.begin(), fast.temperature.end(), 7.0);
     solve(p, fast, target);
     ASSERT_TRUE(same_bits(fast.temperature.data(), plain.temperature))
         << p.n0 << " x " << p.n1 << " x " << p.n2 << ", " << p.sweeps << " sweeps, " << kesto::name_of(target);
@@ -53,6 +57,17 @@ TEST(BioheatSolver, EqualsThePlainLoopsOnEveryShape) {
   const int shapes[][4] = {{3, 3, 1000, 11},  {3, 1000, 3, 9},  {1000, 3, 3, 8},  {3, 200, 50, 7},   {200, 3, 50, 17},
                            {200, 150, 3, 24}, {61, 101, 31, 5}, {64, 64, 64, 13}, {128, 128, 128, 3}};
   for (const auto& s : shapes) expect_plain(tissue(s[0], s[1], s[2], s[3]));
+}
+
+TEST(BioheatSolver, EveryTargetHasAKernelOfItsOwn) {
+  std::set<kesto::RelaxDiagonals> kernels;
+  size_t available = 0;
+  for (const kesto::VectorTarget target : kesto::all_vector_targets) {
+    if (!kesto::is_available(target)) continue;
+    ++available;
+    kernels.insert(kesto::relax_diagonals(target));
+  }
+  EXPECT_EQ(kernels.size(), available);
 }
 
 TEST(BioheatSolver, EqualsThePlainLoopsForNonFiniteNumbers) {

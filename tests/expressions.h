@@ -51,6 +51,8 @@ class Expressions {
     if (name == "medium") return structure(fields(), 1);
     if (name == "none_of") return structure(fields(), 0);
     if (name == "pair") return structure(fields(), 2);
+    if (name == "unset") return structure(fields(), 1, false);
+    if (name == "int64") return scalar(mxINT64_CLASS, static_cast<int64_t>(mxGetScalar(args[0].get())));
     if (name == "true" || name == "false") return scalar(mxLOGICAL_CLASS, name == "true");
     if (name == "int8") return scalar(mxINT8_CLASS, static_cast<int8_t>(mxGetScalar(args[0].get())));
     if (name == "single") return scalar(mxSINGLE_CLASS, static_cast<float>(mxGetScalar(args[0].get())));
@@ -80,13 +82,13 @@ class Expressions {
             "powerlawexponent"};
   }
 
-  static mxArray* structure(const std::vector<std::string>& names, mwSize n) {
+  static mxArray* structure(const std::vector<std::string>& names, mwSize n, bool set = true) {
     std::vector<const char*> pointers;
     for (const std::string& name : names) pointers.push_back(name.c_str());
     mxArray* const made = mxCreateStructMatrix(n == 0 ? 0 : 1, n, static_cast<int>(names.size()), pointers.data());
     const std::vector<std::string> known = fields();
     const double values[] = {1500, 1000, 5, 5, 3600, 3700, 0.5, 3.5, 1.1, 0};  // as in fields(), then any other
-    for (mwSize element = 0; element < n; ++element)
+    for (mwSize element = 0; set && element < n; ++element)
       for (const char* name : pointers) {
         const double value = values[std::find(known.begin(), known.end(), name) - known.begin()];
         mxSetField(made, element, name, mxCreateDoubleScalar(value + 7.0 * static_cast<double>(element)));

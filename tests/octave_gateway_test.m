@@ -54,13 +54,14 @@ for row = rows
   line = row{1};
   if isempty(line) || line(1) == '#', continue, end
   if any(strfind(line, 'huge')), disp(['skipped, 34 GB of pressure: ' line]), continue, end
+  if any(strfind(line, 'unset')), disp(['skipped, Octave sets every field: ' line]), continue, end
   columns = strtrim(strsplit(line, '|'));
   arguments = strjoin(columns(2:7)(! strcmp(columns(2:7), '-')), ', ');
   outputs = {'', 'T = ', '[T, U] = '}{str2double(columns{1}) + 1};
   calls{end + 1} = ['try, ' outputs 'steady_bioheat(' arguments '); message = "ok"; catch e, message = e.message; end'];
   printed = evalc(calls{end});
   expected = strtrim(do_string_escapes(columns{9}));
-  if strcmp(expected, 'host')
+  if strncmp(expected, 'host', 4)
     assert(! isempty(message) && ! strcmp(message, 'ok'), line);
   else
     assert(any(strfind(message, expected)), '%s\ngave: %s', line, message);

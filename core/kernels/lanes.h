@@ -11,7 +11,7 @@
 #define KESTO_INLINE __attribute__((always_inline)) inline
 
 // On x86-64 without a target attribute the baseline is SSE2. AVX2 goes without fma where results are promised to the
-// bit. Left empty where the target does not exist, so that the name can stand in front of any function.
+// bit. Other processors have the baseline alone.
 #if defined(__x86_64__)
 #define KESTO_X86_64 1
 #define KESTO_TARGET_AVX2 __attribute__((target("avx2")))
