@@ -65,7 +65,7 @@ int main(int argc, char** argv) {
         benchmark::RegisterBenchmark(name.c_str(), bioheat, target, g[0], g[1], g[2], sweeps)
             ->Unit(benchmark::kMillisecond)
             ->UseManualTime()
-            ->Iterations(sweeps < 100 ? 7 : 3);
+            ->Iterations(g[0] == 256 && sweeps == 100 ? 3 : 9);
       }
     }
   }
