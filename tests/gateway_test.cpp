@@ -230,15 +230,17 @@ TEST(EmbeddedHost, ReportsLeaksBadFreesAndFreesFailedCalls) {
   EXPECT_EQ(resizing.live_blocks, 0u);
   std::memset(resized, 0, 80);
   mxFree(resized);
-  const Report nested = kesto::host::guarded([] {
+  mxArray* left_behind = nullptr;
+  const Report nested = kesto::host::guarded([&] {
     EXPECT_EQ(kesto::host::guarded([] { mxFree(mxMalloc(1000)); }).peak_bytes, 1000u);
     const mwSize hundred[] = {10, 10};
     const char* names[] = {"a"};
     const Array owner(mxCreateStructMatrix(1, 1, 1, names));
     mxSetField(owner.get(), 0, "a", mxCreateNumericArray(2, hundred, mxDOUBLE_CLASS, mxREAL));
     mxFree(mxMalloc(500));
-    mxCreateDoubleScalar(1);
+    left_behind = mxCreateDoubleScalar(1);
   });
+  mxDestroyArray(left_behind);
   EXPECT_EQ(nested.peak_bytes, 1300u);  // the field's 800 bytes are alive beside the 500
   EXPECT_EQ(nested.temporary_arrays, 1u);
   int local = 0;
