@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "core/host_api.h"
+#include "core/to_int32.h"
 #include "mex/bioheat_solver.h"
 #include "mex/exported.h"
 #include "mex/medium.h"
@@ -12,6 +13,7 @@ namespace {
 
 using kesto::fail;
 using kesto::is_empty;
+using kesto::to_int32;
 
 enum Input { pressure, medium_structure, spacing_x, spacing_y, spacing_z, sweeps, input_count };
 
@@ -52,11 +54,6 @@ SplitPressure split_pressure(const mxArray* input) {
   split.real = real;
   split.imag = imag;
   return split;
-}
-
-// Truncated toward zero; NaN and what lies beyond 32 bits becomes the most negative integer.
-int to_int32(double value) {
-  return value > INT_MIN - 1.0 && value < INT_MAX + 1.0 ? static_cast<int>(value) : INT_MIN;
 }
 
 void require_number(const mxArray* input, const char* message) {
