@@ -1,0 +1,24 @@
+#include "core/pressure_field.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <memory>
+
+#include "core/host_api.h"
+
+PressureField::PressureField(int npoints) : npoints_(std::max(npoints, 0)) {
+  const auto count = static_cast<std::size_t>(npoints_);
+  values_ = static_cast<std::complex<double>*>(mxMalloc(count * sizeof(std::complex<double>)));
+  if (values_ == nullptr) kesto::fail("Out of memory.\n");
+  std::uninitialized_fill_n(values_, count, 0.0);
+}
+
+PressureField::~PressureField() { mxFree(values_); }
+
+bool PressureField::setPoint(int index, std::complex<double> value) {
+  if (!holds(index)) return false;
+  values_[index] = value;
+  return true;
+}
+
+std::complex<double> PressureField::readPoint(int index) const { return holds(index) ? values_[index] : 0.0; }
