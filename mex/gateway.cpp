@@ -7,7 +7,7 @@
 #include "core/to_int32.h"
 #include "mex/bioheat_solver.h"
 #include "mex/exported.h"
-#include "mex/medium.h"
+#include "core/medium.h"
 
 namespace {
 

@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
+#include "core/medium.h"
 #include "host/embedded_host.h"
-#include "mex/medium.h"
 #include "tests/expressions.h"
 #include "tests/plain_bioheat.h"
 

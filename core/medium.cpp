@@ -1,4 +1,4 @@
-#include "mex/medium.h"
+#include "core/medium.h"
 
 namespace {
 
