@@ -1,0 +1,21 @@
+# find_package(kesto): kesto::field_core, kesto::bioheat, and the embedded host kesto::host that they run on.
+include(GNUInstallDirs)
+include(CMakePackageConfigHelpers)
+
+set(KESTO_INCLUDE_DIR include/kesto)
+set(KESTO_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/kesto)
+
+set_target_properties(kesto_core kesto_field_core kesto_bioheat kesto_host PROPERTIES
+  VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
+set_target_properties(kesto_field_core PROPERTIES EXPORT_NAME field_core)
+set_target_properties(kesto_bioheat PROPERTIES EXPORT_NAME bioheat)
+set_target_properties(kesto_host PROPERTIES EXPORT_NAME host)
+install(TARGETS kesto_field_core kesto_core kesto_bioheat kesto_host kesto_host_api EXPORT kestoTargets
+        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(DIRECTORY core excitation host mex DESTINATION ${KESTO_INCLUDE_DIR} FILES_MATCHING PATTERN "*.h")
+install(EXPORT kestoTargets NAMESPACE kesto:: DESTINATION ${KESTO_PACKAGE_DIR})
+configure_package_config_file(cmake/kestoConfig.cmake.in ${PROJECT_BINARY_DIR}/kestoConfig.cmake
+                              INSTALL_DESTINATION ${KESTO_PACKAGE_DIR})
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/kestoConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/kestoConfig.cmake ${PROJECT_BINARY_DIR}/kestoConfigVersion.cmake
+        DESTINATION ${KESTO_PACKAGE_DIR})
