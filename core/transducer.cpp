@@ -9,14 +9,19 @@
 #include "core/medium.h"
 #include "core/numerical_integration.h"
 
+namespace {
+
+void print(std::ostream& out, const char* name, const CartesianCoordinate& c) {
+  out << name << ".x: " << c.x << '\n' << name << ".y: " << c.y << '\n' << name << ".z: " << c.z << '\n';
+}
+
+}  // namespace
+
 void Transducer::debug(int) {
   std::ostream& out = std::cout;
-  const auto xyz = [&out](const char* name, const CartesianCoordinate& c) {
-    out << name << ".x: " << c.x << '\n' << name << ".y: " << c.y << '\n' << name << ".z: " << c.z << '\n';
-  };
   out << "Global information\n";
-  xyz("center", center);
-  xyz("euler", euler);
+  print(out, "center", center);
+  print(out, "euler", euler);
   out << "Local information\n"
       << "Amplitude: " << amplitude << '\n'
       << "Phase: " << phase << '\n'

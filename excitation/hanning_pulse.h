@@ -6,7 +6,7 @@
 //
 // Six decomposition terms. A0 stands in the spatial and in the temporal factors, so that they sum to A0 times the
 // value; callers rely on it.
-class HanningPulse : public kesto::AnalyticPulse<HanningPulse> {
+class HanningPulse final : public kesto::AnalyticPulse<HanningPulse> {
  public:
   using AnalyticPulse::AnalyticPulse;  // (A0, f0, W, B, type); B is not used
 

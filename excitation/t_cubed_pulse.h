@@ -6,7 +6,7 @@
 //
 // Of the derivative's three terms only the first carries A0; callers rely on it. Eight decomposition terms, which
 // grow with e^{B d} and (B tau)^3 and cancel: where these are large the sum loses digits.
-class TCubedPulse : public kesto::AnalyticPulse<TCubedPulse> {
+class TCubedPulse final : public kesto::AnalyticPulse<TCubedPulse> {
  public:
   using AnalyticPulse::AnalyticPulse;  // (A0, f0, W, B, type)
 

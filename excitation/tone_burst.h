@@ -6,7 +6,7 @@
 //
 // Its derivative has closed bounds where the value has open ones, so that at 0 and at W the derivative is not zero
 // while the value is; callers rely on it. Two decomposition terms.
-class ToneBurst : public kesto::AnalyticPulse<ToneBurst> {
+class ToneBurst final : public kesto::AnalyticPulse<ToneBurst> {
  public:
   using AnalyticPulse::AnalyticPulse;  // (A0, f0, W, B, type); B is not used
 
