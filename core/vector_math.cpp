@@ -1,6 +1,7 @@
 #include "core/vector_math.h"
 
 #include <cstdint>
+#include <cstring>
 #include <limits>
 
 #include "core/host_api.h"
@@ -8,6 +9,9 @@
 namespace {
 
 typedef std::int32_t Int4 __attribute__((vector_size(16)));
+
+// As bytes: a copy to a Float4 would inherit its alignment.
+void store(Float4* to, Float4 v) { std::memcpy(reinterpret_cast<char*>(to), &v, sizeof v); }
 
 Int4 bits_of(Float4 v) { return reinterpret_cast<Int4>(v); }
 Float4 from_bits(Int4 v) { return reinterpret_cast<Float4>(v); }
@@ -89,8 +93,8 @@ void sincos_ps(Float4 x, Float4* s, Float4* c) {
   const Int4 cosine_sign = ((octant + 2) & 4) << 29;
   const Float4 sines = from_bits(bits_of(swapped ? cosine : sine) ^ sine_sign);
   const Float4 cosines = from_bits(bits_of(swapped ? sine : cosine) ^ cosine_sign);
-  __builtin_memcpy(s, &sines, sizeof sines);
-  __builtin_memcpy(c, &cosines, sizeof cosines);
+  store(s, sines);
+  store(c, cosines);
 }
 
 Float4 sin_ps(Float4 x) {
@@ -109,9 +113,8 @@ void complex_exp(Float4 a, Float4 b, Float4* re, Float4* im) {
   const Float4 e = exp_ps(a);
   Float4 s, c;
   sincos_ps(b, &s, &c);
-  const Float4 real = e * c, imaginary = e * s;
-  __builtin_memcpy(re, &real, sizeof real);
-  __builtin_memcpy(im, &imaginary, sizeof imaginary);
+  store(re, e * c);
+  store(im, e * s);
 }
 
 float horizontal_add_ps(Float4 v) { return (v[0] + v[2]) + (v[1] + v[3]); }
