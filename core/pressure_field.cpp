@@ -9,7 +9,7 @@
 PressureField::PressureField(int npoints) : npoints_(std::max(npoints, 0)) {
   const auto count = static_cast<std::size_t>(npoints_);
   values_ = static_cast<std::complex<double>*>(mxMalloc(count * sizeof(std::complex<double>)));
-  if (values_ == nullptr) kesto::fail("Out of memory.\n");
+  if (values_ == nullptr && count != 0) kesto::fail("Out of memory.\n");
   std::uninitialized_fill_n(values_, count, 0.0);
 }
 

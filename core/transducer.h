@@ -11,7 +11,8 @@ class Medium;
 class NumericalIntegration;
 
 // Placement, complex weight and delay of an element, and what a computation reads and writes. Grid, medium, rule, time
-// samples, signal and output buffers belong to the caller and outlive the computation; they are not checked for null.
+// samples, signal and output buffers belong to the caller and outlive the computation, which does not check them for
+// null.
 //
 // Every computation adds to the output buffer, so that the fields of several elements called in turn sum up, and
 // returns 0 when it ran and 1 when the geometry does not offer it.

@@ -1,5 +1,8 @@
 #include "excitation/excitation_function.h"
 
+#include <algorithm>
+#include <cstddef>
+
 #include "core/constants.h"
 
 ExcitationFunction::ExcitationFunction(double amplitude, double frequency, double width, double decay, int type_code)
@@ -55,7 +58,7 @@ void ExcitationFunction::spatial_tsd(std::complex<double>* out, double const& d)
 
 void ExcitationFunction::temporal_tsd(std::complex<double>* out, TimeSamples const* ts, int const& n,
                                       double const& shift) {
-  const std::ptrdiff_t count = std::ptrdiff_t{n} * number_of_tsd_terms();
+  const std::ptrdiff_t count = std::ptrdiff_t{std::max(n, 0)} * number_of_tsd_terms();
   temporal_tsd(reinterpret_cast<double*>(out) + count, ts, n, shift);
   widen(out, count);
 }

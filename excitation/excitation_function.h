@@ -41,7 +41,7 @@ class ExcitationFunction {
   virtual double* get_frequency_domain_input_signal_real() const;
   virtual double* get_frequency_domain_input_signal_imag() const;
 
-  // Four delays at a time.
+  // Four delays at a time; `out` is aligned as Float4 is.
   virtual void spatial_tsd(Float4* out, Float4 d);
   // Complex terms; those of a real signal are its real ones, widened.
   virtual void spatial_tsd(std::complex<double>* out, double const& d);

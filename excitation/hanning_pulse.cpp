@@ -14,3 +14,5 @@ double HanningPulse::derivative(double const& t) const {
 }
 
 int HanningPulse::number_of_tsd_terms() const { return 6; }
+
+template class kesto::AnalyticPulse<HanningPulse>;

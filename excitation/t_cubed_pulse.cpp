@@ -12,3 +12,5 @@ double TCubedPulse::derivative(double const& t) const {
 }
 
 int TCubedPulse::number_of_tsd_terms() const { return 8; }
+
+template class kesto::AnalyticPulse<TCubedPulse>;

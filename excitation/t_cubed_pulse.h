@@ -37,3 +37,6 @@ class TCubedPulse final : public kesto::AnalyticPulse<TCubedPulse> {
     }
   }
 };
+
+// Compiled once, with the flags that the results are promised for.
+extern template class kesto::AnalyticPulse<TCubedPulse>;

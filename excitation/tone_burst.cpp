@@ -9,3 +9,5 @@ double ToneBurst::derivative(double const& t) const {
 }
 
 int ToneBurst::number_of_tsd_terms() const { return 2; }
+
+template class kesto::AnalyticPulse<ToneBurst>;

@@ -29,3 +29,6 @@ class ToneBurst final : public kesto::AnalyticPulse<ToneBurst> {
     put(1, -w.cosine);
   }
 };
+
+// Compiled once, with the flags that the results are promised for.
+extern template class kesto::AnalyticPulse<ToneBurst>;

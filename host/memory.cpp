@@ -13,8 +13,8 @@ namespace kesto::host {
 namespace {
 
 Ledger*& innermost() {
-  static Ledger program;  // the books outside any call
-  static Ledger* current = &program;
+  // The books outside any call. Never closed: static objects of the program may still free what they hold.
+  static Ledger* current = new Ledger;
   return current;
 }
 

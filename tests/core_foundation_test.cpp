@@ -93,8 +93,9 @@ TEST(CoordinateGrid, ReadsStructuresAndFindsPointsUpToOnePastTheLast) {
     EXPECT_EQ(Doubles({double(grid.nx), double(grid.ny), double(grid.nz)}), Doubles({4, 1, 5}));
     expect_point(grid.spatial_index_value(grid.npoints - 1), 3 * 0.1, 1, 2);
     read(grid, box + "coordinates=2x4:1,2,5,4,-1,6,7,8");  // preferred; the fourth column is ignored
-    EXPECT_EQ(Doubles({grid.xmin, grid.xmax, grid.ymin, grid.ymax, grid.zmin, grid.zmax, grid.deltax}),
-              Doubles({1, 2, 4, 5, -1, 6, 0}));
+    EXPECT_EQ(Doubles({grid.xmin, grid.xmax, grid.ymin, grid.ymax, grid.zmin, grid.zmax, grid.deltax, grid.deltay,
+                       grid.deltaz}),
+              Doubles({1, 2, 4, 5, -1, 6, 0, 0, 0}));
     expect_point(grid.spatial_index_value(1), 2, 4, 6);
     for (const int i : {2, 3, INT_MAX}) expect_point(grid.spatial_index_value(i), 0, 0, 0);
     read(grid, "coordinates=0x3");
@@ -322,6 +323,9 @@ TEST(NumericalHelpers, ExponentialSincSignAndPowers) {
 TEST(PistonApodization, FallsToTheRimAndEndsThere) {
   const double a = 3, h = 1e-5, half_way[] = {1, std::sqrt(0.5), 0.5, 0.75, 0.9375};
   EXPECT_GT(piston_apodization::cosine(std::nextafter(a, 0), a), 1e-15);  // by the truncated pi
+  EXPECT_EQ(piston_apodization::raisedcosine(0.7, 1), (std::cos(0.7 * 3.14159265358979) + 1) * 0.5);
+  EXPECT_EQ(piston_apodization::derivativecosine(0.7, 1), -1.570796326794895 * std::sin(0.7 * 1.570796326794895));
+  EXPECT_EQ(piston_apodization::derivativeraisedcosine(0.7, 1), -1.570796326794895 * std::sin(0.7 * 3.14159265358979));
   for (int index = 0; index <= 4; ++index) {
     const auto value = [=](double r) { return piston_apodization::evaluate(index, r, a); };
     const auto slope = [=](double r) { return piston_apodization::derivative(index, r, a); };
