@@ -174,31 +174,16 @@ int slot(Member member) {
 
 TEST(Transducer, DeclinesEveryComputationAndTouchesNothing) {
   using Computation = int (Transducer::*)();
-  const Computation all[] = {&Transducer::farfield_cw,
-                             &Transducer::fnm_cw,
-                             &Transducer::fnm_cw_apodized,
-                             &Transducer::fnm_cw_single,
-                             &Transducer::fnm_cw_sse,
-                             &Transducer::fnm_cw_sse2,
-                             &Transducer::radiator_cw,
-                             &Transducer::rayleigh_cw,
-                             &Transducer::rayleigh_cw_apodized,
-                             &Transducer::rayleigh_cw_sse,
-                             &Transducer::impulse_begin_and_end_times,
-                             &Transducer::impulse_response,
-                             &Transducer::fnm_transient,
-                             &Transducer::fnm_transient_behind_source,
-                             &Transducer::fnm_fdtsd,
-                             &Transducer::fnm_tsd,
-                             &Transducer::init_fnm_tsd,
-                             &Transducer::call_fnm_tsd,
-                             &Transducer::free_fnm_tsd,
-                             &Transducer::fnm_tsd_behind_source,
-                             &Transducer::fnm_tsd_low_precision,
-                             &Transducer::fnm_tsd_sse,
-                             &Transducer::rayleigh_transient,
-                             &Transducer::kzk_transient,
-                             &Transducer::kzk_cw};
+  // clang-format off
+  const Computation all[] = {
+      &Transducer::farfield_cw, &Transducer::fnm_cw, &Transducer::fnm_cw_apodized, &Transducer::fnm_cw_single,
+      &Transducer::fnm_cw_sse, &Transducer::fnm_cw_sse2, &Transducer::radiator_cw, &Transducer::rayleigh_cw,
+      &Transducer::rayleigh_cw_apodized, &Transducer::rayleigh_cw_sse, &Transducer::impulse_begin_and_end_times,
+      &Transducer::impulse_response, &Transducer::fnm_transient, &Transducer::fnm_transient_behind_source,
+      &Transducer::fnm_fdtsd, &Transducer::fnm_tsd, &Transducer::init_fnm_tsd, &Transducer::call_fnm_tsd,
+      &Transducer::free_fnm_tsd, &Transducer::fnm_tsd_behind_source, &Transducer::fnm_tsd_low_precision,
+      &Transducer::fnm_tsd_sse, &Transducer::rayleigh_transient, &Transducer::kzk_transient, &Transducer::kzk_cw};
+  // clang-format on
   const std::unique_ptr<Transducer> t = std::make_unique<kesto::DecliningTransducer>();  // with every pointer null
   for (size_t k = 0; k < std::size(all); ++k) {
     EXPECT_EQ((t.get()->*all[k])(), 1);
@@ -225,10 +210,9 @@ TEST(Transducer, PrintsItsParameters) {
     testing::internal::CaptureStdout();
     t.debug(0);
     const std::string printed = testing::internal::GetCapturedStdout();
-    for (const char* label : {"Global information", "Local information", "Parameters Used:", "center.x:", "euler.x:",
-                              "Amplitude: ", "Phase: ", "F0:", "FS:", "c_sound:", "rho_den:", "atten:",
-                              "Number of obs points:", "X-range:", " to ", "Integral info"}) {
-      EXPECT_NE(printed.find(label), std::string::npos) << label;
+    for (const char* line :
+         {"center.y: 2", "Amplitude: 2", "atten: 0.5", "Number of obs points: 1", "Z-range:3 to 3"}) {
+      EXPECT_NE(printed.find(line), std::string::npos) << line;
     }
   });
   EXPECT_EQ(report.console,

@@ -106,7 +106,7 @@ using Bits = typename Lanes<Target::width>::Bits;
 
 template <class Target>
 KESTO_INLINE Double<Target> broadcast(double value) {
-  return Double<Target>{} + value;
+  return value - Double<Target>{};  // the one form that folds away and keeps the sign of 0
 }
 
 #if KESTO_X86_64
