@@ -186,7 +186,8 @@ TEST(Transducer, DeclinesEveryComputationAndTouchesNothing) {
   // clang-format on
   const std::unique_ptr<Transducer> t = std::make_unique<kesto::DecliningTransducer>();  // with every pointer null
   for (size_t k = 0; k < std::size(all); ++k) {
-    EXPECT_EQ((t.get()->*all[k])(), 1);
+    const Computation computation = all[k];
+    EXPECT_EQ((t.get()->*computation)(), 1);
     EXPECT_EQ(slot(all[k]), 24 + static_cast<int>(k));  // callers compiled against the declared order rely on it
   }
   EXPECT_EQ(slot(&Transducer::rotateTranslate), 49);
