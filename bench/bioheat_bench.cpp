@@ -1,30 +1,17 @@
 // The bioheat solver against the plain -O2 loops, whole call, timed in turn within one run.
 //
-// Counters: ns/point/sweep, plain (the same of the plain loops), speedup (plain over this), bytes/point (all arrays of
-// the solver) and sweeps. A result that differs from the plain one in any bit fails the row.
+// Counters: ns/point/sweep, plain (the same of the plain loops), speedup (plain over this) and bytes/point (all
+// arrays of the solver). A result that differs from the plain one in any bit fails the row.
 #include <benchmark/benchmark.h>
 
-#include <algorithm>
-#include <chrono>
 #include <vector>
 
 #include "bench/plain_bioheat_o2.h"
+#include "bench/timing.h"
 #include "mex/bioheat_solver.h"
 #include "tests/plain_bioheat.h"
 
 namespace {
-
-double median(std::vector<double> values) {
-  std::nth_element(values.begin(), values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2), values.end());
-  return values[values.size() / 2];
-}
-
-template <class F>
-double seconds(F body) {
-  const auto start = std::chrono::steady_clock::now();
-  body();
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
 
 void bioheat(benchmark::State& state, kesto::VectorTarget target, int n0, int n1, int n2, int sweeps) {
   const kesto::BioheatProblem p{n0, n1, n2, 1e-3, 1.1e-3, 0.9e-3, 5.8, 1.6e6, 5.0, 3617.0, 0.51, sweeps};

@@ -5,30 +5,18 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cmath>
 #include <random>
 #include <string>
 #include <vector>
 
 #include "bench/libm_o2.h"
+#include "bench/timing.h"
 #include "core/kernels/lane_math_arrays.h"
 
 namespace {
 
 constexpr std::size_t n = 2048;  // of doubles: in the first-level cache
-
-template <class F>
-double seconds(F body) {
-  const auto start = std::chrono::steady_clock::now();
-  body();
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
-
-double median(std::vector<double> values) {
-  std::nth_element(values.begin(), values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2), values.end());
-  return values[values.size() / 2];
-}
 
 // The processor's clock, from a chain of rotations of one cycle each.
 double cycles_per_second() {

@@ -1,6 +1,5 @@
 // T = steady_bioheat(P, MEDIUM, DX, DY, DZ, SWEEPS): the module's one function. See matlab/steady_bioheat.m.
 #include <climits>
-#include <cstdint>
 #include <cstdio>
 
 #include "core/host_api.h"
