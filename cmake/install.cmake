@@ -12,7 +12,7 @@ set_target_properties(kesto_bioheat PROPERTIES EXPORT_NAME bioheat)
 set_target_properties(kesto_host PROPERTIES EXPORT_NAME host)
 install(TARGETS kesto_field_core kesto_core kesto_bioheat kesto_host kesto_host_api EXPORT kestoTargets
         ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
-install(DIRECTORY core excitation host mex DESTINATION ${KESTO_INCLUDE_DIR} FILES_MATCHING PATTERN "*.h")
+install(DIRECTORY core excitation host mex transducers DESTINATION ${KESTO_INCLUDE_DIR} FILES_MATCHING PATTERN "*.h")
 install(EXPORT kestoTargets NAMESPACE kesto:: DESTINATION ${KESTO_PACKAGE_DIR})
 configure_package_config_file(cmake/kestoConfig.cmake.in ${PROJECT_BINARY_DIR}/kestoConfig.cmake
                               INSTALL_DESTINATION ${KESTO_PACKAGE_DIR})

@@ -44,6 +44,21 @@ class CoordinateGrid {
   // rely on it: a point list answers the origin there, a regular grid with nz = 1 its first point.
   CartesianCoordinate spatial_index_value(int const& i) const;
 
+  // Calls visit(i, point i) for every i in order, without the divisions that an index costs.
+  template <class Visit>
+  void for_each_point(Visit visit) const {
+    int i = 0;
+    if (!regular) {
+      for (; i < npoints; ++i) visit(i, CartesianCoordinate(xcoords[i], ycoords[i], zcoords[i]));
+      return;
+    }
+    for (int iz = 0; iz < nz; ++iz) {
+      for (int iy = 0; iy < ny; ++iy) {
+        for (int ix = 0; ix < nx; ++ix) visit(i++, CartesianCoordinate(xcoords[ix], ycoords[iy], zcoords[iz]));
+      }
+    }
+  }
+
   double xmin = 0, xmax = 0, ymin = 0, ymax = 0, zmin = 0, zmax = 0;  // the bounding box
   double deltax = 0, deltay = 0, deltaz = 0;                          // 0 for a point list
   int npoints = 0;

@@ -6,6 +6,7 @@
 // and holds it to that list.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 
 #include "mex.h"
@@ -25,6 +26,7 @@ inline bool is_empty(const mxArray* array) { return mxGetM(array) == 0 || mxGetN
 template <class T>
 class ScratchArray {
  public:
+  explicit ScratchArray(int count) : ScratchArray(static_cast<std::size_t>(std::max(count, 0))) {}
   explicit ScratchArray(std::size_t count) : data_(static_cast<T*>(mxMalloc(count * sizeof(T)))) {
     if (data_ == nullptr && count != 0) fail("Out of memory.\n");
   }
@@ -33,7 +35,10 @@ class ScratchArray {
   ScratchArray& operator=(const ScratchArray&) = delete;
 
   T* data() const { return data_; }
-  T& operator[](std::size_t i) const { return data_[i]; }
+  template <class Index>
+  T& operator[](Index i) const {
+    return data_[i];
+  }
 
  private:
   T* data_;

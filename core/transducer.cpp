@@ -124,11 +124,6 @@ CartesianCoordinate Transducer::rotateTranslate(const CartesianCoordinate& p) {
   return CartesianCoordinate(along(rotation_matrix[0]), along(rotation_matrix[1]), along(rotation_matrix[2]));
 }
 
-void Transducer::superpose_complex_pressure(const int& i, const std::complex<double>& v) {
-  complex_pressure_real[i] += v.real();
-  complex_pressure_imag[i] += v.imag();
-}
-
 template <class Sample>
 void Transducer::superpose_samples(int i, const Sample* s, int samples) {
   const std::ptrdiff_t points = global_coordinate_grid->npoints;

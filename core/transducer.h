@@ -81,7 +81,10 @@ class Transducer {
   virtual CartesianCoordinate rotateTranslate(const CartesianCoordinate& p);
 
   // Adds v, weighted already, to point i.
-  void superpose_complex_pressure(const int& i, const std::complex<double>& v);
+  void superpose_complex_pressure(const int& i, const std::complex<double>& v) {
+    complex_pressure_real[i] += v.real();
+    complex_pressure_imag[i] += v.imag();
+  }
   // Adds the samples s, weighted and delayed already, to point i: nt of them.
   void superpose_transient_pressure(const int& i, const double* s);
   void superpose_transient_pressure(const int& i, const float* s);

@@ -71,6 +71,27 @@ __attribute__((noinline, cold)) inline void sincos_by_libm(double* x, double* co
   }
 }
 
+// exp in two steps, the reduction and the polynomial, for loops that keep several arguments under way.
+template <class T>
+struct ReducedExp {
+  Double<T> r, rounded;
+};
+template <class T>
+KESTO_INLINE ReducedExp<T> reduce_exp(Double<T> x) {
+  constexpr double log2_e = 0x1.71547652b82fep+0;
+  constexpr double ln2_high = 0x1.62e42fefa3800p-1, ln2_low = 0x1.ef35793c76730p-45;  // n ln2_high is exact
+  const Double<T> rounded = multiply_add<T>(x, broadcast<T>(log2_e), broadcast<T>(round_in_place));
+  const Double<T> minus_n = round_in_place - rounded;
+  const Double<T> r = multiply_add<T>(minus_n, broadcast<T>(ln2_high), x);
+  return {multiply_add<T>(minus_n, broadcast<T>(ln2_low), r), rounded};
+}
+template <class T>
+KESTO_INLINE Double<T> exp(ReducedExp<T> x) {
+  const Double<T> r2 = x.r * x.r;
+  const Double<T> power = multiply_add<T>(r2, polynomial<T>(x.r, r2, exp_coefficients), x.r) + 1.0;
+  return reinterpret_cast<Double<T>>(reinterpret_cast<Bits<T>>(power) + (reinterpret_cast<Bits<T>>(x.rounded) << 52));
+}
+
 template <class T, Arguments arguments = Arguments::in_range>
 KESTO_INLINE Double<T> exp(Double<T> x) {
   if constexpr (arguments == Arguments::any) {
@@ -81,15 +102,7 @@ KESTO_INLINE Double<T> exp(Double<T> x) {
       return load<T::width>(values);
     }
   }
-  constexpr double log2_e = 0x1.71547652b82fep+0;
-  constexpr double ln2_high = 0x1.62e42fefa3800p-1, ln2_low = 0x1.ef35793c76730p-45;  // n ln2_high is exact
-  const Double<T> rounded = multiply_add<T>(x, broadcast<T>(log2_e), broadcast<T>(round_in_place));
-  const Double<T> minus_n = round_in_place - rounded;
-  Double<T> r = multiply_add<T>(minus_n, broadcast<T>(ln2_high), x);
-  r = multiply_add<T>(minus_n, broadcast<T>(ln2_low), r);
-  const Double<T> r2 = r * r;
-  const Double<T> power = multiply_add<T>(r2, polynomial<T>(r, r2, exp_coefficients), r) + 1.0;
-  return reinterpret_cast<Double<T>>(reinterpret_cast<Bits<T>>(power) + (reinterpret_cast<Bits<T>>(rounded) << 52));
+  return exp<T>(reduce_exp<T>(x));
 }
 
 template <class T>
@@ -100,6 +113,32 @@ struct SinCos {
 // Reduces modulo pi, so that one sign serves both. With fma, x - n pi is rounded once, with pi to 106 bits. Without,
 // the first part of pi is short enough for an exact product with n < 2^20, which bounds the range; the rounding of the
 // second product leaves an error of 2e-20. The sine of -0 is +0.
+template <class T>
+struct ReducedAngle {
+  Double<T> r;
+  Bits<T> sign;
+};
+template <class T>
+KESTO_INLINE ReducedAngle<T> reduce_angle(Double<T> x) {
+  constexpr double one_by_pi = 0x1.45f306dc9c883p-2;
+  constexpr double pi_53 = 0x1.921fb54442d18p+1, pi_behind_53 = 0x1.1a62633145c07p-53;
+  constexpr double pi_33 = 0x1.921fb54400000p+1, pi_behind_33 = 0x1.0b4611a626331p-33;
+  const Double<T> rounded = multiply_add<T>(x, broadcast<T>(one_by_pi), broadcast<T>(round_in_place));
+  const Double<T> minus_n = round_in_place - rounded;
+  const Double<T> r = multiply_add<T>(minus_n, broadcast<T>(T::has_fma ? pi_53 : pi_33), x);
+  return {multiply_add<T>(minus_n, broadcast<T>(T::has_fma ? pi_behind_53 : pi_behind_33), r),
+          reinterpret_cast<Bits<T>>(rounded) << 63};
+}
+template <class T>
+KESTO_INLINE SinCos<T> sincos(ReducedAngle<T> x) {
+  const Double<T> r2 = x.r * x.r, r4 = r2 * r2;
+  const Double<T> sine = multiply_add<T>(x.r * r2, polynomial<T>(r2, r4, sine_coefficients), x.r);
+  const Double<T> cosine = multiply_add<T>(r4, polynomial<T>(r2, r4, cosine_coefficients),
+                                           multiply_add<T>(r2, broadcast<T>(-0.5), broadcast<T>(1.0)));
+  return {reinterpret_cast<Double<T>>(reinterpret_cast<Bits<T>>(sine) ^ x.sign),
+          reinterpret_cast<Double<T>>(reinterpret_cast<Bits<T>>(cosine) ^ x.sign)};
+}
+
 template <class T, Arguments arguments = Arguments::in_range>
 KESTO_INLINE SinCos<T> sincos(Double<T> x) {
   if constexpr (arguments == Arguments::any) {
@@ -110,21 +149,7 @@ KESTO_INLINE SinCos<T> sincos(Double<T> x) {
       return {load<T::width>(sines), load<T::width>(cosines)};
     }
   }
-  constexpr double one_by_pi = 0x1.45f306dc9c883p-2;
-  constexpr double pi_53 = 0x1.921fb54442d18p+1, pi_behind_53 = 0x1.1a62633145c07p-53;
-  constexpr double pi_33 = 0x1.921fb54400000p+1, pi_behind_33 = 0x1.0b4611a626331p-33;
-  const Double<T> rounded = multiply_add<T>(x, broadcast<T>(one_by_pi), broadcast<T>(round_in_place));
-  const Double<T> minus_n = round_in_place - rounded;
-  Double<T> r = multiply_add<T>(minus_n, broadcast<T>(T::has_fma ? pi_53 : pi_33), x);
-  r = multiply_add<T>(minus_n, broadcast<T>(T::has_fma ? pi_behind_53 : pi_behind_33), r);
-
-  const Double<T> r2 = r * r, r4 = r2 * r2;
-  const Double<T> sine = multiply_add<T>(r * r2, polynomial<T>(r2, r4, sine_coefficients), r);
-  const Double<T> cosine = multiply_add<T>(r4, polynomial<T>(r2, r4, cosine_coefficients),
-                                           multiply_add<T>(r2, broadcast<T>(-0.5), broadcast<T>(1.0)));
-  const Bits<T> sign = reinterpret_cast<Bits<T>>(rounded) << 63;
-  return {reinterpret_cast<Double<T>>(reinterpret_cast<Bits<T>>(sine) ^ sign),
-          reinterpret_cast<Double<T>>(reinterpret_cast<Bits<T>>(cosine) ^ sign)};
+  return sincos<T>(reduce_angle<T>(x));
 }
 
 }  // namespace kesto

@@ -10,6 +10,7 @@
 #include <cstdint>
 
 #define KESTO_INLINE __attribute__((always_inline)) inline
+#define KESTO_INLINE_LAMBDA __attribute__((always_inline))
 
 // On x86-64 without a target attribute the baseline is SSE2. AVX2 goes without fma where results are promised to the
 // bit. Other processors have the baseline alone.

@@ -1,0 +1,119 @@
+// Field integrals over blocks of observation points: one source for every instruction set, chosen once a call.
+//
+// An integrand is a struct of tables with
+//
+//   template <class Sum>
+//   KESTO_INLINE void add_terms(Sum& sum, const LocalPoints<typename Sum::T>& point) const;
+//
+// which adds the terms of its integral at the points (local coordinates, m) to a WaveSum.
+#pragma once
+
+#include <algorithm>
+#include <cmath>
+
+#include "core/kernels/vector_target.h"
+#include "core/kernels/wave_sum.h"
+
+namespace kesto {
+
+struct PointBlock {
+  static constexpr int capacity = 64;  // a multiple of every width
+
+  int count = 0;
+  int index[capacity];  // in the grid
+  alignas(64) double x[capacity], y[capacity], z[capacity];
+  double re[capacity], im[capacity];  // the sums
+
+  bool full() const { return count == capacity; }
+  void push(int i, double px, double py, double pz) {
+    index[count] = i;
+    x[count] = px, y[count] = py, z[count] = pz;
+    ++count;
+  }
+  // Fills the last vector with copies of the last point.
+  void pad() {
+    const int width = static_cast<int>(VectorTarget::avx512), padded = (count + width - 1) / width * width;
+    for (int i = count; i < padded; ++i) x[i] = x[count - 1], y[i] = y[count - 1], z[i] = z[count - 1];
+  }
+};
+
+template <class Integrand, class T, bool lossy, Arguments arguments = Arguments::in_range>
+KESTO_INLINE void sum_over_block(const Integrand integrand, Wave wave, PointBlock& block) {
+  for (int i = 0; i < block.count; i += T::width) {
+    WaveSum<T, lossy, arguments> sum(wave);
+    integrand.add_terms(
+        sum, LocalPoints<T>{load<T::width>(block.x + i), load<T::width>(block.y + i), load<T::width>(block.z + i)});
+    const ComplexLanes<T> total = sum.total();
+    store<T::width>(block.re + i, total.re);
+    store<T::width>(block.im + i, total.im);
+  }
+}
+
+// The functions that carry the target attribute.
+template <class Integrand>
+struct OutermostSum {
+  template <bool lossy>
+  static void baseline(const void* integrand, Wave wave, PointBlock& block) {
+    sum_over_block<Integrand, Baseline, lossy>(*static_cast<const Integrand*>(integrand), wave, block);
+  }
+#if KESTO_X86_64
+  template <bool lossy>
+  KESTO_TARGET_AVX2_FMA static void avx2(const void* integrand, Wave wave, PointBlock& block) {
+    sum_over_block<Integrand, Avx2Fma, lossy>(*static_cast<const Integrand*>(integrand), wave, block);
+  }
+  template <bool lossy>
+  KESTO_TARGET_AVX512 static void avx512(const void* integrand, Wave wave, PointBlock& block) {
+    sum_over_block<Integrand, Avx512, lossy>(*static_cast<const Integrand*>(integrand), wave, block);
+  }
+#endif
+  // For points of any distance, and values that are not finite.
+  static void any(const void* integrand, Wave wave, PointBlock& block) {
+    sum_over_block<Integrand, Baseline, true, Arguments::any>(*static_cast<const Integrand*>(integrand), wave, block);
+  }
+};
+
+// An integrand, a wave and what computes them; the integrand stays with the caller.
+class PointKernel {
+ public:
+  // `reach`: no distance that enters the integral is larger than that of its point from the local origin and this.
+  template <class Integrand>
+  PointKernel(const Integrand& integrand, Wave wave, double reach, VectorTarget target)
+      : integrand_(&integrand), wave_(wave), any_(OutermostSum<Integrand>::any) {
+    using Outermost = OutermostSum<Integrand>;
+    const bool lossy = wave.attenuation != 0;
+    switch (target) {
+#if KESTO_X86_64
+      case VectorTarget::avx2:
+        in_range_ = lossy ? Outermost::template avx2<true> : Outermost::template avx2<false>;
+        break;
+      case VectorTarget::avx512:
+        in_range_ = lossy ? Outermost::template avx512<true> : Outermost::template avx512<false>;
+        break;
+#endif
+      default: in_range_ = lossy ? Outermost::template baseline<true> : Outermost::template baseline<false>;
+    }
+    const double by_phase = sincos_range / std::fabs(wave.wavenumber),
+                 by_loss = exp_range / std::fabs(wave.attenuation);
+    if (by_phase > reach && by_loss > reach) {  // neither, should anything be NaN
+      const double farthest = std::min(by_phase, by_loss) - reach;
+      farthest_squared_ = std::min(farthest * farthest, 1e300);
+    }
+  }
+
+  // Whether the vector functions serve every distance that enters at this point.
+  bool in_range(double x, double y, double z) const { return x * x + y * y + z * z <= farthest_squared_; }
+
+  void sum(PointBlock& block, bool every_point_in_range) const {
+    block.pad();
+    (every_point_in_range ? in_range_ : any_)(integrand_, wave_, block);
+  }
+
+ private:
+  const void* integrand_;
+  Wave wave_;
+  void (*in_range_)(const void*, Wave, PointBlock&);
+  void (*any_)(const void*, Wave, PointBlock&);
+  double farthest_squared_ = -1;
+};
+
+}  // namespace kesto

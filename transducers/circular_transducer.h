@@ -1,0 +1,28 @@
+// A flat circular piston.
+#pragma once
+
+#include "core/transducer.h"
+
+// The face lies in the local plane z = 0 about the origin; points behind it (z < 0) get nothing. core/transducer.h says
+// what an element needs before a computation, transducers/disc.h what each computes. Those not listed here answer 1.
+//
+// A piston is silent until its amplitude or phase is set, by the last constructor or later.
+class CircularTransducer : public kesto::DecliningTransducer {
+ public:
+  CircularTransducer() = default;
+  explicit CircularTransducer(double radius);
+  CircularTransducer(double radius, double time_delay);
+  CircularTransducer(double radius, double amplitude, double phase);
+
+  void debug(int) override;
+  void mex_debug(int) override;
+
+  int fnm_cw() override;
+  int fnm_cw_apodized() override;
+  int fnm_cw_sse() override;
+  int rayleigh_cw() override;
+  int rayleigh_cw_apodized() override;
+  int rayleigh_cw_sse() override;
+
+  double radius = 0;  // m
+};

@@ -1,0 +1,61 @@
+// The road of every continuous-wave computation through its grid: fetch, rotate, skip or classify, sum, weight,
+// superpose.
+#pragma once
+
+#include <complex>
+
+#include "core/kernels/point_kernel.h"
+#include "core/transducer.h"
+#include "transducers/continuous_wave.h"
+
+namespace kesto {
+
+// Calls visit(i, p) for every point i of the grid, p in the element's own coordinates.
+template <class Visit>
+void for_each_local_point(Transducer& element, Visit visit) {
+  element.InitializeRotationMatrix();
+  element.global_coordinate_grid->for_each_point(
+      [&](int i, const CartesianCoordinate& p) { visit(i, element.rotateTranslate(p)); });
+}
+
+// Adds evaluate(p) at every point, or what it leaves out: computations that are not worth lanes over points.
+// `evaluated(p)` says whether a point gets anything.
+template <class Evaluated, class Evaluate>
+void superpose_values(Transducer& element, Evaluated evaluated, Evaluate evaluate) {
+  for_each_local_point(element, [&](int i, const CartesianCoordinate& p) {
+    if (evaluated(p)) element.superpose_complex_pressure(i, evaluate(p));
+  });
+}
+
+constexpr int no_kernel = -1;
+
+// Adds scale times the sum of kernels[classify(i, p)] at every point i, and nothing where that is no_kernel: then the
+// point gets nothing, or classify has superposed its value itself. Points are gathered kernel by kernel, so that all
+// lanes have work.
+template <int count, class Classify>
+void superpose_sums(Transducer& element, const PointKernel (&kernels)[count], std::complex<double> scale,
+                    Classify classify) {
+  const auto flush = [&](int kernel, PointBlock& block, bool in_range) {
+    if (block.count == 0) return;
+    kernels[kernel].sum(block, in_range);
+    for (int n = 0; n < block.count; ++n) {
+      element.superpose_complex_pressure(block.index[n], std::complex<double>(block.re[n], block.im[n]) * scale);
+    }
+    block.count = 0;
+  };
+  PointBlock blocks[count][2];  // the second for points out of range
+  for_each_local_point(element, [&](int i, const CartesianCoordinate& p) {
+    const int kernel = classify(i, p);
+    if (kernel == no_kernel) return;
+    const bool in_range = kernels[kernel].in_range(p.x, p.y, p.z);
+    PointBlock& block = blocks[kernel][in_range ? 0 : 1];
+    block.push(i, p.x, p.y, p.z);
+    if (block.full()) flush(kernel, block, in_range);
+  });
+  for (int kernel = 0; kernel < count; ++kernel) {
+    flush(kernel, blocks[kernel][0], true);
+    flush(kernel, blocks[kernel][1], false);
+  }
+}
+
+}  // namespace kesto

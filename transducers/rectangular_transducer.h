@@ -1,0 +1,55 @@
+// A flat rectangular piston.
+#pragma once
+
+#include "core/transducer.h"
+
+// The face lies in the local plane z = 0, centred on the origin, `width` along x and `height` along y, and radiates
+// towards +z; points behind it (z < 0) get nothing. core/transducer.h says what an element needs before a computation.
+// The rule is expected on [-1, 1]. Without f0 in the medium each computation warns and takes the wavelength of 1 MHz,
+// while f0 as it is stored, 0, stays in attenuation and factors. Computations not listed here answer 1.
+//
+// A piston is silent until its amplitude or phase is set, by the last constructor or later.
+class RectangularTransducer : public kesto::DecliningTransducer {
+ public:
+  RectangularTransducer() = default;
+  RectangularTransducer(double width, double height);
+  RectangularTransducer(double width, double height, double time_delay);
+  RectangularTransducer(double width, double height, double amplitude, double phase);
+
+  void debug(int) override;
+  void mex_debug(int) override;
+
+  // The fast nearest method: -(rho c w / 2 pi) times the sum over the four edges of
+  //   int D / (D^2 + u^2) [E(R) - E(z)] du,  R^2 = z^2 + D^2 + u^2,  E(d) = e^{-(alpha + jk) d},
+  // D the distance from the point's projection to the edge's line, u along it, split at the foot of the perpendicular
+  // where that lies within the edge (McGough 2004).
+  int fnm_cw() override;
+  int fnm_cw_single() override;  // geometry in single precision, waves and sums in double
+  // Single precision, four abscissas at a time, for any amplitude. A number of nodes that is no multiple of four is
+  // filled up with nodes of no weight.
+  int fnm_cw_sse() override;
+  // Single precision, the terms of an abscissa at once. Attenuates the reference wave E(z) alone, not E(R): callers
+  // rely on it.
+  int fnm_cw_sse2() override;
+
+  // The Fraunhofer approximation, j f0 rho (width height) w E(R) / R sinc(k a x / R) sinc(k b y / R), a and b half the
+  // sides; nothing at the origin.
+  int farfield_cw() override;
+  virtual int farfield_cw_lossless();  // without attenuation
+
+  // The Rayleigh integral by the rule in both directions. A node that coincides with the point adds its weight to both
+  // parts of the sum: callers rely on it.
+  int rayleigh_cw() override;
+  // In single precision, four nodes at a time; those beyond a multiple of four are left out. No exception for a node at
+  // the point. Prints the distances at point 0 on the host's console: callers rely on it.
+  int rayleigh_cw_sse() override;
+
+  // Small radiators, each with its own far field, more of them for nearer points: s = sqrt(4 lambda z / n), m =
+  // (floor(width / s) + 1) (floor(height / s) + 1) nodes in either direction, m^2 radiators. Leaves the rule with the m
+  // nodes of the last point. Points with z = 0 get nothing. The phase runs forward, e^{+jkR}, and attenuation grows
+  // with distance: callers rely on it. Error: more radiators than an index holds.
+  int radiator_cw() override;
+
+  double width = 0;   // m
+  double height = 0;  // m
+};

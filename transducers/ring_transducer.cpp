@@ -1,0 +1,37 @@
+#include "transducers/ring_transducer.h"
+
+#include <iostream>
+
+#include "core/host_api.h"
+#include "transducers/disc.h"
+
+RingTransducer::RingTransducer(double inner, double outer) : inner_radius(inner), outer_radius(outer) {}
+
+RingTransducer::RingTransducer(double inner, double outer, double delay) : RingTransducer(inner, outer) {
+  time_delay = delay;
+}
+
+RingTransducer::RingTransducer(double inner, double outer, double a, double phi) : RingTransducer(inner, outer) {
+  phase = phi;
+  Transducer::set_amplitude(a);
+}
+
+void RingTransducer::debug(int level) {
+  Transducer::debug(level);
+  std::cout << "inner radius: " << inner_radius << '\n' << "outer radius: " << outer_radius << std::endl;
+}
+
+void RingTransducer::mex_debug(int level) {
+  Transducer::mex_debug(level);
+  mexPrintf("inner radius: %f\n", inner_radius);
+  mexPrintf("outer radius: %f\n", outer_radius);
+}
+
+int RingTransducer::fnm_cw() { return kesto::disc_fnm_cw(*this, {outer_radius, inner_radius}); }
+int RingTransducer::fnm_cw_apodized() { return kesto::disc_fnm_cw_apodized(*this, {outer_radius, inner_radius}); }
+int RingTransducer::fnm_cw_sse() { return kesto::disc_fnm_cw_sse(*this, {outer_radius, inner_radius}); }
+int RingTransducer::rayleigh_cw() { return kesto::disc_rayleigh_cw(*this, {outer_radius, inner_radius}); }
+int RingTransducer::rayleigh_cw_apodized() {
+  return kesto::disc_rayleigh_cw_apodized(*this, {outer_radius, inner_radius});
+}
+int RingTransducer::rayleigh_cw_sse() { return kesto::disc_rayleigh_cw_sse(*this, {outer_radius, inner_radius}); }

@@ -1,0 +1,27 @@
+// A flat annulus.
+#pragma once
+
+#include "core/transducer.h"
+
+// A circular piston less a smaller one; with an inner radius of 0 its fields are the piston's to the bit. Placed and
+// declining like CircularTransducer.
+class RingTransducer : public kesto::DecliningTransducer {
+ public:
+  RingTransducer() = default;
+  RingTransducer(double inner_radius, double outer_radius);
+  RingTransducer(double inner_radius, double outer_radius, double time_delay);
+  RingTransducer(double inner_radius, double outer_radius, double amplitude, double phase);
+
+  void debug(int) override;
+  void mex_debug(int) override;
+
+  int fnm_cw() override;
+  int fnm_cw_apodized() override;  // each of the two pistons with the profile of its own radius
+  int fnm_cw_sse() override;
+  int rayleigh_cw() override;
+  int rayleigh_cw_apodized() override;
+  int rayleigh_cw_sse() override;
+
+  double inner_radius = 0;  // m
+  double outer_radius = 0;  // m
+};

@@ -1,0 +1,102 @@
+#include "transducers/spherical_cap.h"
+
+#include <cmath>
+#include <complex>
+
+#include "transducers/cap_parts.h"
+#include "transducers/point_road.h"
+
+namespace kesto {
+
+namespace {
+
+// The rim integral: n nodes theta.
+struct RimOfCap {
+  Cap cap;
+  int n;
+  const double *cosine, *weight;
+
+  template <class Sum>
+  KESTO_INLINE void add_terms(Sum& sum, const LocalPoints<typename Sum::T>& p) const {
+    using T = typename Sum::T;
+    const double a = cap.radius, d = cap.roc, h = cap.h;
+    const Double<T> z = p.z - d, r2 = p.x * p.x + p.y * p.y, r = sqrt<T>(r2), z2 = z * z, centre = sqrt<T>(r2 + z2);
+    const Double<T> signed_centre = z > 1e-10 ? centre : (z < -1e-10 ? -centre : Double<T>{});
+    sum.subtract_wave_at(d + signed_centre);
+    const Double<T> a_z = a * z, r_h = r * h, cross = 2 * a * h * z * r, r2_d2 = r2 * (d * d), r2_a2 = r2 * (a * a);
+    const Double<T> a2_z2 = a * a * z2, s = d * d + r2 + z2, a_r_2 = 2 * a * r, z_h_2 = 2 * z * h;
+    sum.add(n, [&](int i) KESTO_INLINE_LAMBDA {
+      const double c = cosine[i];
+      const Double<T> denominator = cross * c + r2_d2 - r2_a2 * (c * c) + a2_z2;
+      return WaveTerms<T>{{weight[i] * ((r_h * c + a_z) / denominator)}, {sqrt<T>(s - a_r_2 * c + z_h_2)}};
+    });
+  }
+};
+
+// The Rayleigh integral: n meridians phi of n cells theta each.
+struct CellsOfCap {
+  double roc;
+  int n;
+  const double *cosine_phi, *sine, *cosine, *area;  // of theta; the area of a cell and its mirror image
+
+  template <class Sum>
+  KESTO_INLINE void add_terms(Sum& sum, const LocalPoints<typename Sum::T>& p) const {
+    using T = typename Sum::T;
+    const double d = roc;
+    const Double<T> z = p.z - d, s = p.x * p.x + p.y * p.y + z * z;
+    for (int meridian = 0; meridian < n; ++meridian) {
+      const Double<T> d_cosine_x = d * cosine_phi[meridian] * p.x, d_z = d * z;
+      sum.add(n, [&](int i) KESTO_INLINE_LAMBDA {
+        const Double<T> distance = sqrt<T>(s - 2 * (d_cosine_x * sine[i] - d_z * cosine[i]) + d * d);
+        return WaveTerms<T>{{area[i] / distance}, {distance}};
+      });
+    }
+  }
+};
+
+}  // namespace
+
+int cap_fnm_cw(Transducer& element, CapFace face) {
+  const Medium& medium = medium_of(element);
+  const Wave wave = wave_in(medium);
+  if (is_silent(element)) return 0;
+  require_complex_output(element);
+  const RimTables tables(*element.integral);
+  for_each_cap(element, face, [&](const Cap& cap, Complex weight) {
+    const RimOfCap rim = {cap, tables.n, tables.cosine.data(), tables.weight.data()};
+    const PointKernel kernels[] = {{rim, wave, 2 * cap.roc, chosen_vector_target()}};
+    const Complex at_focus = focal_value(cap, medium, wave) * weight;
+    superpose_sums(element, kernels, rim_factor(cap, medium) * weight, [&](int i, const CartesianCoordinate& p) {
+      if (cap.is_behind(p)) return no_kernel;
+      if (!cap.is_focus(p)) return 0;
+      element.superpose_complex_pressure(i, at_focus);
+      return no_kernel;
+    });
+  });
+  return 0;
+}
+
+int cap_rayleigh_cw(Transducer& element, CapFace face) {
+  const Medium& medium = medium_of(element);
+  if (is_silent(element)) return 0;
+  require_complex_output(element);
+  const Wave wave = stored_wave(medium);
+  const int n = element.integral->get_npoints();
+  const ScratchArray<double> cosine_phi(n);
+  fill_cosines_of_midpoints(cosine_phi, n, pi);
+  for_each_cap(element, face, [&](const Cap& cap, Complex weight) {
+    const RingTables rings(cap, n);
+    const CellsOfCap cells = {cap.roc, n, cosine_phi.data(), rings.sine.data(), rings.cosine.data(), rings.area.data()};
+    const PointKernel kernels[] = {{cells, wave, 2 * cap.roc, chosen_vector_target()}};
+    const Complex factor = rayleigh_factor(medium, weight);
+    superpose_sums(element, kernels, factor, [&](int i, const CartesianCoordinate& p) {
+      if (cap.is_behind(p)) return no_kernel;
+      if (!is_apex(p)) return 0;
+      element.superpose_complex_pressure(i, apex_sum(cap) * factor);
+      return no_kernel;
+    });
+  });
+  return 0;
+}
+
+}  // namespace kesto

@@ -1,0 +1,96 @@
+// The single-precision fields of a spherical cap.
+#include <cmath>
+#include <complex>
+
+#include "transducers/cap_parts.h"
+#include "transducers/four_floats.h"
+#include "transducers/point_road.h"
+
+namespace kesto {
+
+namespace {
+
+// About the centre of curvature.
+struct FloatPoint {
+  FloatPoint(const CartesianCoordinate& p, double roc) : x(static_cast<float>(p.x)), z(static_cast<float>(p.z - roc)) {
+    const float y = static_cast<float>(p.y);
+    r2 = x * x + y * y;
+    r = std::sqrt(r2);
+  }
+  float x, z, r2, r;
+};
+
+}  // namespace
+
+int cap_fnm_cw_sse(Transducer& element, CapFace face) {
+  const Medium& medium = medium_of(element);
+  const Wave wave = wave_in(medium);
+  if (is_silent(element)) return 0;
+  require_complex_output(element);
+  const Float4 minus_k = broadcast_ps(static_cast<float>(-wave.wavenumber));
+  const Float4 minus_alpha = broadcast_ps(static_cast<float>(-wave.attenuation));
+  const RimTables tables(*element.integral);
+  for_each_cap(element, face, [&](const Cap& cap, Complex weight) {
+    const float a = static_cast<float>(cap.radius), d = static_cast<float>(cap.roc), h = static_cast<float>(cap.h);
+    const auto in_reach = [&](const CartesianCoordinate& p) { return !cap.is_behind(p); };
+    superpose_values(element, in_reach, [&](const CartesianCoordinate& local) -> Complex {
+      if (cap.is_focus(local)) return focal_value(cap, medium, wave) * weight;
+      const FloatPoint p(local, cap.roc);
+      const float side = p.z > 1e-10f ? 1.0f : p.z < -1e-10f ? -1.0f : 0.0f;
+      const float centre = d + side * std::sqrt(p.r2 + p.z * p.z);
+      Float4 re0, im0;
+      complex_exp(minus_alpha * centre, minus_k * centre, &re0, &im0);
+      ComplexSum4 sum;
+      for (int i = 0; i + 4 <= tables.n; i += 4) {
+        const Float4 c = rounded_ps(&tables.cosine[i]);
+        const Float4 distance = sqrt_ps(d * d + p.r2 + p.z * p.z - 2 * a * p.r * c + 2 * p.z * h);
+        const Float4 denominator =
+            2 * a * h * p.z * p.r * c + p.r2 * d * d - p.r2 * a * a * (c * c) + a * a * p.z * p.z;
+        const Float4 g = rounded_ps(&tables.weight[i]) * ((p.r * h * c + a * p.z) / denominator);
+        Float4 re, im;
+        complex_exp(minus_alpha * distance, minus_k * distance, &re, &im);
+        sum.re += g * (re - re0);
+        sum.im += g * (im - im0);
+      }
+      return sum.total() * rim_factor(cap, medium) * weight;
+    });
+  });
+  return 0;
+}
+
+int cap_rayleigh_cw_sse(Transducer& element, CapFace face) {
+  const Medium& medium = medium_of(element);
+  const Wave wave = wave_in(medium);
+  if (is_silent(element)) return 0;
+  require_complex_output(element);
+  const Float4 minus_k = broadcast_ps(static_cast<float>(-wave.wavenumber));
+  const Float4 minus_alpha = broadcast_ps(static_cast<float>(-wave.attenuation));
+  const int n = element.integral->get_npoints();
+  for_each_cap(element, face, [&](const Cap& cap, Complex weight) {
+    const RingTables rings(cap, n);
+    const Complex factor = rayleigh_factor(medium, weight);
+    const float d = static_cast<float>(cap.roc);
+    const auto in_reach = [&](const CartesianCoordinate& p) { return !cap.is_behind(p); };
+    superpose_values(element, in_reach, [&](const CartesianCoordinate& local) -> Complex {
+      if (is_apex(local)) return apex_sum(cap) * factor;
+      const FloatPoint p(local, cap.roc);
+      ComplexSum4 sum;
+      for (int meridian = 0; meridian < n; ++meridian) {
+        const float d_cosine_x = d * static_cast<float>(std::cos(midpoint(meridian, n, pi))) * p.x;
+        for (int i = 0; i + 4 <= n; i += 4) {
+          const Float4 sine = rounded_ps(&rings.sine[i]), cosine = rounded_ps(&rings.cosine[i]);
+          const Float4 distance = sqrt_ps(p.r2 + p.z * p.z - 2 * (d_cosine_x * sine - d * p.z * cosine) + d * d);
+          const Float4 area = rounded_ps(&rings.area[i]) / distance;
+          Float4 re, im;
+          complex_exp(minus_alpha * distance, minus_k * distance, &re, &im);
+          sum.re += area * re;
+          sum.im += area * im;
+        }
+      }
+      return sum.total() * factor;
+    });
+  });
+  return 0;
+}
+
+}  // namespace kesto

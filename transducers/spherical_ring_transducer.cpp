@@ -1,0 +1,38 @@
+#include "transducers/spherical_ring_transducer.h"
+
+#include <iostream>
+
+#include "core/host_api.h"
+#include "transducers/spherical_cap.h"
+
+SphericalRingTransducer::SphericalRingTransducer(double inner, double outer, double focus)
+    : inner_radius(inner), outer_radius(outer), focal_distance(focus) {}
+
+SphericalRingTransducer::SphericalRingTransducer(double inner, double outer, double focus, double delay)
+    : SphericalRingTransducer(inner, outer, focus) {
+  time_delay = delay;
+}
+
+SphericalRingTransducer::SphericalRingTransducer(double inner, double outer, double focus, double a, double phi)
+    : SphericalRingTransducer(inner, outer, focus) {
+  phase = phi;
+  Transducer::set_amplitude(a);
+}
+
+void SphericalRingTransducer::debug(int level) {
+  Transducer::debug(level);
+  std::cout << "inner radius: " << inner_radius << "\nouter radius: " << outer_radius
+            << "\ngeometric focus: " << focal_distance << '\n';
+}
+
+void SphericalRingTransducer::mex_debug(int level) {
+  Transducer::mex_debug(level);
+  mexPrintf("inner radius: %f\n", inner_radius);
+  mexPrintf("outer radius: %f\n", outer_radius);
+  mexPrintf("geometric focus: %f\n\n", focal_distance);
+}
+
+int SphericalRingTransducer::fnm_cw() { return kesto::cap_fnm_cw(*this, {outer_radius, focal_distance, inner_radius}); }
+int SphericalRingTransducer::rayleigh_cw() {
+  return kesto::cap_rayleigh_cw(*this, {outer_radius, focal_distance, inner_radius});
+}

@@ -1,0 +1,26 @@
+// A spherical annulus.
+#pragma once
+
+#include "core/transducer.h"
+
+// A spherical shell less a smaller one of the same curvature, placed like SphericalTransducer; with an inner radius of
+// 0 its fields are the shell's to the bit. Computations not listed here answer 1.
+class SphericalRingTransducer : public kesto::DecliningTransducer {
+ public:
+  SphericalRingTransducer() = default;
+  SphericalRingTransducer(double inner_radius, double outer_radius, double focal_distance);
+  SphericalRingTransducer(double inner_radius, double outer_radius, double focal_distance, double time_delay);
+  SphericalRingTransducer(double inner_radius, double outer_radius, double focal_distance, double amplitude,
+                          double phase);
+
+  void debug(int) override;
+  void mex_debug(int) override;
+
+  int fnm_cw() override;
+  int rayleigh_cw() override;
+  virtual int farfield_cw_lossless() { return 1; }
+
+  double inner_radius = 0;    // of the aperture, m
+  double outer_radius = 0;    // m
+  double focal_distance = 0;  // radius of curvature, m
+};

@@ -1,0 +1,29 @@
+// A spherical shell.
+#pragma once
+
+#include "core/transducer.h"
+
+// A concave cap with its apex at the local origin, which radiates to its centre of curvature at (0, 0, roc); roc
+// exceeds the radius. core/transducer.h says what an element needs before a computation, transducers/spherical_cap.h
+// what each computes. Those not listed here answer 1.
+//
+// A shell is silent until its amplitude or phase is set, by the last constructor or later.
+class SphericalTransducer : public kesto::DecliningTransducer {
+ public:
+  SphericalTransducer() = default;
+  SphericalTransducer(double radius, double roc);
+  SphericalTransducer(double radius, double roc, double time_delay);
+  SphericalTransducer(double radius, double roc, double amplitude, double phase);
+
+  void debug(int) override;
+  void mex_debug(int) override;  // the radius alone: callers rely on it
+
+  int fnm_cw() override;
+  int fnm_cw_sse() override;
+  int rayleigh_cw() override;
+  int rayleigh_cw_sse() override;
+  virtual int farfield_cw_lossless() { return 1; }
+
+  double radius = 0;  // of the aperture, m
+  double roc = 0;     // radius of curvature, m
+};
