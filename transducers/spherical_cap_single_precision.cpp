@@ -30,6 +30,8 @@ int cap_fnm_cw_sse(Transducer& element, CapFace face) {
   const Float4 minus_k = broadcast_ps(static_cast<float>(-wave.wavenumber));
   const Float4 minus_alpha = broadcast_ps(static_cast<float>(-wave.attenuation));
   const RimTables tables(*element.integral);
+  const ScratchArray<double> sine_squared(tables.n);
+  for (int i = 0; i < tables.n; ++i) sine_squared[i] = (1 - tables.cosine[i]) * (1 + tables.cosine[i]);
   for_each_cap(element, face, [&](const Cap& cap, Complex weight) {
     const float a = static_cast<float>(cap.radius), d = static_cast<float>(cap.roc), h = static_cast<float>(cap.h);
     const auto in_reach = [&](const CartesianCoordinate& p) { return !cap.is_behind(p); };
@@ -43,10 +45,13 @@ int cap_fnm_cw_sse(Transducer& element, CapFace face) {
       ComplexSum4 sum;
       for (int i = 0; i + 4 <= tables.n; i += 4) {
         const Float4 c = rounded_ps(&tables.cosine[i]);
-        const Float4 distance = sqrt_ps(d * d + p.r2 + p.z * p.z - 2 * a * p.r * c + 2 * p.z * h);
-        const Float4 denominator =
-            2 * a * h * p.z * p.r * c + p.r2 * d * d - p.r2 * a * a * (c * c) + a * a * p.z * p.z;
-        const Float4 g = rounded_ps(&tables.weight[i]) * ((p.r * h * c + a * p.z) / denominator);
+        // Near the rim, R^2 and the denominator are differences of floats. Neither may come out as less than nothing,
+        // hence the bound on one, and the other as a sum of squares.
+        const Float4 squared = d * d + p.r2 + p.z * p.z - 2 * a * p.r * c + 2 * p.z * h;
+        const Float4 distance = sqrt_ps(squared > 0.0f ? squared : Float4{});
+        const Float4 numerator = p.r * h * c + a * p.z;
+        const Float4 denominator = numerator * numerator + (p.r * d) * (p.r * d) * rounded_ps(&sine_squared[i]);
+        const Float4 g = rounded_ps(&tables.weight[i]) * (numerator / denominator);
         Float4 re, im;
         complex_exp(minus_alpha * distance, minus_k * distance, &re, &im);
         sum.re += g * (re - re0);
