@@ -10,31 +10,13 @@
 #include "transducers/disc_parts.h"
 #include "transducers/midpoints.h"
 #include "transducers/point_road.h"
+#include "transducers/rim_of_disc.h"
 
 namespace kesto {
 
 namespace {
 
 int in_front(int, const CartesianCoordinate& p) { return p.z < 0 ? no_kernel : 0; }
-
-// The rim integral: n nodes psi.
-struct RimOfDisc {
-  double radius;
-  int n;
-  const double *cosine, *cosine_2a, *weight;
-
-  template <class Sum>
-  KESTO_INLINE void add_terms(Sum& sum, const LocalPoints<typename Sum::T>& p) const {
-    using T = typename Sum::T;
-    const Double<T> r2 = p.x * p.x + p.y * p.y, r = sqrt<T>(r2), z2 = p.z * p.z;
-    const Double<T> s = r2 + radius * radius;
-    sum.subtract_wave_at(p.z);
-    sum.add(n, [&](int i) KESTO_INLINE_LAMBDA {
-      const Double<T> d = s - cosine_2a[i] * r;
-      return WaveTerms<T>{{weight[i] * ((cosine[i] * r - radius) / d)}, {sqrt<T>(z2 + d)}};
-    });
-  }
-};
 
 // The apodized rim integral: rows of n nodes psi, one for each ring of radius sigma.
 struct RimsOfRings {

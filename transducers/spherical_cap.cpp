@@ -5,33 +5,11 @@
 
 #include "transducers/cap_parts.h"
 #include "transducers/point_road.h"
+#include "transducers/rim_of_cap.h"
 
 namespace kesto {
 
 namespace {
-
-// The rim integral: n nodes theta.
-struct RimOfCap {
-  Cap cap;
-  int n;
-  const double *cosine, *weight;
-
-  template <class Sum>
-  KESTO_INLINE void add_terms(Sum& sum, const LocalPoints<typename Sum::T>& p) const {
-    using T = typename Sum::T;
-    const double a = cap.radius, d = cap.roc, h = cap.h;
-    const Double<T> z = p.z - d, r2 = p.x * p.x + p.y * p.y, r = sqrt<T>(r2), z2 = z * z, centre = sqrt<T>(r2 + z2);
-    const Double<T> signed_centre = z > 1e-10 ? centre : (z < -1e-10 ? -centre : Double<T>{});
-    sum.subtract_wave_at(d + signed_centre);
-    const Double<T> a_z = a * z, r_h = r * h, cross = 2 * a * h * z * r, r2_d2 = r2 * (d * d), r2_a2 = r2 * (a * a);
-    const Double<T> a2_z2 = a * a * z2, s = d * d + r2 + z2, a_r_2 = 2 * a * r, z_h_2 = 2 * z * h;
-    sum.add(n, [&](int i) KESTO_INLINE_LAMBDA {
-      const double c = cosine[i];
-      const Double<T> denominator = cross * c + r2_d2 - r2_a2 * (c * c) + a2_z2;
-      return WaveTerms<T>{{weight[i] * ((r_h * c + a_z) / denominator)}, {sqrt<T>(s - a_r_2 * c + z_h_2)}};
-    });
-  }
-};
 
 // The Rayleigh integral: n meridians phi of n cells theta each.
 struct CellsOfCap {
