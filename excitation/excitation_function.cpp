@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include "core/constants.h"
+#include "core/host_api.h"
 
 ExcitationFunction::ExcitationFunction(double amplitude, double frequency, double width, double decay, int type_code)
     : type(type_code),
@@ -15,9 +16,7 @@ ExcitationFunction::ExcitationFunction(double amplitude, double frequency, doubl
       omega_w(kesto::two_pi / width) {}
 
 void ExcitationFunction::spatial_tsd(double*, double const&) {}
-void ExcitationFunction::spatial_tsd(float*, float const&) {}
 void ExcitationFunction::temporal_tsd(double*, TimeSamples const*, int const&, double const&) {}
-void ExcitationFunction::temporal_tsd(float*, TimeSamples const*, int const&, float const&) {}
 double ExcitationFunction::at(double const&) const { return 0; }
 double ExcitationFunction::derivative(double const&) const { return 0; }
 int ExcitationFunction::number_of_tsd_terms() const { return 0; }
@@ -38,7 +37,28 @@ double* ExcitationFunction::get_frequency_domain_input_signal_imag() const {
   return frequency_domain_input_signal_imag;
 }
 
-void ExcitationFunction::spatial_tsd(Float4*, Float4) {}
+void ExcitationFunction::spatial_tsd(float* out, float const& d) {
+  const int count = number_of_tsd_terms();
+  const kesto::ScratchArray<double> wide(count);
+  spatial_tsd(wide.data(), static_cast<double>(d));
+  for (int m = 0; m < count; ++m) out[m] = static_cast<float>(wide[m]);
+}
+
+void ExcitationFunction::temporal_tsd(float* out, TimeSamples const* ts, int const& n, float const& shift) {
+  const std::size_t count = static_cast<std::size_t>(std::max(n, 0)) * static_cast<std::size_t>(number_of_tsd_terms());
+  const kesto::ScratchArray<double> wide(count);
+  temporal_tsd(wide.data(), ts, n, static_cast<double>(shift));
+  for (std::size_t i = 0; i < count; ++i) out[i] = static_cast<float>(wide[i]);
+}
+
+void ExcitationFunction::spatial_tsd(Float4* out, Float4 d) {
+  const int count = number_of_tsd_terms();
+  const kesto::ScratchArray<float> of_lane(count);
+  for (int lane = 0; lane < 4; ++lane) {
+    spatial_tsd(of_lane.data(), d[lane]);
+    for (int m = 0; m < count; ++m) out[m][lane] = of_lane[m];
+  }
+}
 
 namespace {
 

@@ -14,15 +14,16 @@
 // caller keeps to the samples inside the pulse (Kelly & McGough, IEEE Trans. Ultrason. Ferroelectr. Freq. Control
 // 53(9), 2006).
 //
-// An ExcitationFunction by itself is silent and has no terms. It owns nothing, and its destructor is not virtual: do
-// not delete a pulse through it.
+// A signal of one's own defines at, derivative, number_of_tsd_terms and the two forms in double precision; the others
+// follow from these unless it has better ones. An ExcitationFunction by itself is silent and has no terms. It owns
+// nothing, and its destructor is not virtual: do not delete a pulse through it.
 class ExcitationFunction {
  public:
   ExcitationFunction() = default;
   ExcitationFunction(double amplitude, double frequency, double width, double decay, int type_code);
 
   virtual void spatial_tsd(double* out, double const& d);
-  virtual void spatial_tsd(float* out, float const& d);
+  virtual void spatial_tsd(float* out, float const& d);  // single precision follows from double
   virtual void temporal_tsd(double* out, TimeSamples const* ts, int const& n, double const& shift);
   virtual void temporal_tsd(float* out, TimeSamples const* ts, int const& n, float const& shift);
   virtual double at(double const& t) const;

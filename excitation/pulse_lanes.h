@@ -1,7 +1,8 @@
 // The analytic pulses in lanes: value, derivative and the spatial factors of their decomposition.
 //
 // Each mirrors the class it is made from, with the same bounds. fits(longest) says whether the vector functions serve
-// times and delays up to `longest` (s); what they make of others is discarded by the bounds of the pulse.
+// times and delays up to `longest` (s); what they make of others is discarded by the bounds of the pulse. factors_last
+// says that the spatial factors do not shrink with the delay.
 #pragma once
 
 #include <cmath>
@@ -27,8 +28,10 @@ KESTO_INLINE V within_closed(V t, double width, V value) {
 struct ToneBurstLanes {
   static constexpr int terms = 2;
   using Pulse = ToneBurst;
+  bool factors_last() const { return true; }
 
-  explicit ToneBurstLanes(const ToneBurst& p) : A0(p.A0), omega(p.omega), width(p.pulse_width), slope(2 * p.A0 * pi * p.f0) {}
+  explicit ToneBurstLanes(const ToneBurst& p)
+      : A0(p.A0), omega(p.omega), width(p.pulse_width), slope(2 * p.A0 * pi * p.f0) {}
   bool fits(double longest) const { return std::fabs(omega) * longest <= sincos_range; }
 
   template <class T>
@@ -52,6 +55,7 @@ struct ToneBurstLanes {
 struct HanningPulseLanes {
   static constexpr int terms = 6;
   using Pulse = HanningPulse;
+  bool factors_last() const { return true; }
 
   explicit HanningPulseLanes(const HanningPulse& p)
       : A0(p.A0), omega(p.omega), omega_w(p.omega_w), width(p.pulse_width) {}
@@ -86,6 +90,7 @@ struct HanningPulseLanes {
 struct TCubedPulseLanes {
   static constexpr int terms = 8;
   using Pulse = TCubedPulse;
+  bool factors_last() const { return B >= 0; }
 
   explicit TCubedPulseLanes(const TCubedPulse& p) : A0(p.A0), omega(p.omega), B(p.B), width(p.pulse_width) {}
 
@@ -101,8 +106,8 @@ struct TCubedPulseLanes {
   KESTO_INLINE Double<T> derivative(Double<T> t) const {
     const Double<T> decay = exp<T>(-B * t), squared = t * t, cubed = squared * t;
     const SinCos<T> w = sincos<T>(omega * t);
-    return within_open(
-        t, width, 3 * A0 * squared * decay * w.sin + omega * cubed * decay * w.cos - B * cubed * decay * w.sin);
+    return within_open(t, width,
+                       3 * A0 * squared * decay * w.sin + omega * cubed * decay * w.cos - B * cubed * decay * w.sin);
   }
   template <class T>
   KESTO_INLINE void spatial_terms(Double<T> d, Double<T>* out) const {

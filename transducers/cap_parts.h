@@ -33,19 +33,26 @@ struct Cap {
 
 inline bool is_apex(const CartesianCoordinate& p) { return p.z == 0 && std::sqrt(p.x * p.x + p.y * p.y) == 0; }
 
+// Calls compute(cap, sign) for the cap and for the one it lacks.
+template <class Compute>
+void for_each_signed_cap(CapFace face, Compute compute) {
+  compute(Cap(face.outer, face.roc), 1.0);
+  if (face.inner > 0) compute(Cap(face.inner, face.roc), -1.0);
+}
+
 // Calls compute(cap, weight) for the cap and, with the weight negated, for the one it lacks.
 template <class Compute>
 void for_each_cap(const Transducer& element, CapFace face, Compute compute) {
-  compute(Cap(face.outer, face.roc), element.complex_weight);
-  if (face.inner > 0) compute(Cap(face.inner, face.roc), -element.complex_weight);
+  for_each_signed_cap(face, [&](const Cap& cap, double sign) { compute(cap, sign * element.complex_weight); });
 }
 
 // The element's rule mapped to the rim angles from 0 to pi.
 struct RimTables {
-  explicit RimTables(const NumericalIntegration& rule) : n(rule.get_npoints()), cosine(n), weight(n) {
+  explicit RimTables(const NumericalIntegration& rule, double factor = 1)
+      : n(rule.get_npoints()), cosine(n), weight(n) {
     for (int i = 0; i < n; ++i) {
       cosine[i] = std::cos(half_pi * rule.get_abscissa(i) + half_pi);
-      weight[i] = half_pi * rule.get_weight(i);
+      weight[i] = rule.get_weight(i) * half_pi * factor;
     }
   }
   int n;

@@ -1,13 +1,13 @@
 // A flat circular piston.
 #pragma once
 
-#include "core/transducer.h"
+#include "transducers/axisymmetric_transducer.h"
 
 // The face lies in the local plane z = 0 about the origin; points behind it (z < 0) get nothing. core/transducer.h says
 // what an element needs before a computation, transducers/disc.h what each computes. Those not listed here answer 1.
 //
 // A piston is silent until its amplitude or phase is set, by the last constructor or later.
-class CircularTransducer : public kesto::DecliningTransducer {
+class CircularTransducer : public kesto::AxisymmetricTransducer {
  public:
   CircularTransducer() = default;
   explicit CircularTransducer(double radius);
@@ -23,6 +23,15 @@ class CircularTransducer : public kesto::DecliningTransducer {
   int rayleigh_cw() override;
   int rayleigh_cw_apodized() override;
   int rayleigh_cw_sse() override;
+
+  int impulse_begin_and_end_times() override;
+  int impulse_response() override;
+  int fnm_transient() override;
+  int fnm_fdtsd() override;
+  int fnm_tsd() override;
+  int fnm_tsd_low_precision() override;
+  int fnm_tsd_sse() override;
+  int rayleigh_transient() override;
 
   double radius = 0;  // m
 };

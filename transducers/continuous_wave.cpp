@@ -28,8 +28,13 @@ Wave stored_wave(const Medium& medium) { return {two_pi / (medium._soundspeed / 
 
 bool is_silent(const Transducer& element) { return std::fabs(element.amplitude) <= 1e-10; }
 
-void require_grid_and_rule(const Transducer& element) {
+void require_grid_and_medium(const Transducer& element) {
+  medium_of(element);
   if (element.global_coordinate_grid == nullptr) fail("The transducer has no coordinate grid.\n");
+}
+
+void require_grid_and_rule(const Transducer& element) {
+  require_grid_and_medium(element);
   if (element.integral == nullptr) fail("The transducer has no quadrature rule.\n");
 }
 

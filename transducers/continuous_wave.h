@@ -32,6 +32,7 @@ Wave stored_wave(const Medium& medium);
 bool is_silent(const Transducer& element);
 
 // An error unless the element has both.
+void require_grid_and_medium(const Transducer& element);
 void require_grid_and_rule(const Transducer& element);
 
 // An error unless the element has grid and rule and, where there are points, somewhere to add their pressures to.

@@ -37,4 +37,28 @@ int disc_rayleigh_cw_apodized(Transducer& element, DiscFace face);
 // apodized form with a uniform velocity.
 int disc_rayleigh_cw_sse(Transducer& element, DiscFace face);
 
+// The earliest and the latest time at which a grid point hears the disc of the outer radius, with the element's delay.
+// An empty grid leaves the window as it is.
+int disc_impulse_begin_and_end_times(Transducer& element, DiscFace face);
+
+// The velocity potential's impulse response at the sample times less the delay, times the amplitude, in closed form: an
+// arc of the disc over pi, times c. Points behind the face get theirs too.
+int disc_impulse_response(Transducer& element, DiscFace face);
+
+// p = (rho c a / pi) amplitude int_0^pi (r cos psi - a) / (...) [v(t - R/c - delay) - v(t - z/c - delay)] dpsi: the rim
+// integral of disc_fnm_cw with the excitation v for its waves. Remaps the element's rule to [0, pi].
+int disc_fnm_transient(Transducer& element, DiscFace face);
+
+// The same by time-space decomposition. Beside the disc, the reference v(t - z/c) starts with the rim's first arrival:
+// callers rely on it.
+int disc_fnm_tsd(Transducer& element, DiscFace face);
+int disc_fnm_fdtsd(Transducer& element, DiscFace face);  // through the signal's complex factors
+// Geometry in single precision, and samples rounded to it.
+int disc_fnm_tsd_low_precision(Transducer& element, DiscFace face);
+// All of it in single precision, four rays at a time.
+int disc_fnm_tsd_sse(Transducer& element, DiscFace face);
+
+// The Rayleigh integral in time over the cells of disc_rayleigh_cw, with the excitation's derivative.
+int disc_rayleigh_transient(Transducer& element, DiscFace face);
+
 }  // namespace kesto

@@ -1,6 +1,7 @@
 // What the double and the single-precision fields of a disc share.
 #pragma once
 
+#include <cmath>
 #include <complex>
 #include <cstddef>
 
@@ -12,11 +13,17 @@
 
 namespace kesto {
 
+// Calls compute(radius, sign) for the disc and for the one it lacks.
+template <class Compute>
+void for_each_signed_disc(DiscFace face, Compute compute) {
+  compute(face.outer, 1.0);
+  if (face.inner > 0) compute(face.inner, -1.0);
+}
+
 // Calls compute(radius, weight) for the disc and, with the weight negated, for the one it lacks.
 template <class Compute>
 void for_each_disc(const Transducer& element, DiscFace face, Compute compute) {
-  compute(face.outer, element.complex_weight);
-  if (face.inner > 0) compute(face.inner, -element.complex_weight);
+  for_each_signed_disc(face, [&](double radius, double sign) { compute(radius, sign * element.complex_weight); });
 }
 
 inline Complex rim_factor(const Medium& medium, double radius, Complex weight) {
@@ -26,5 +33,18 @@ inline Complex rim_factor(const Medium& medium, double radius, Complex weight) {
 inline Complex rayleigh_factor(const Medium& medium, Complex weight) {
   return Complex(0, 2 * medium._rho_density * medium._f0) * weight;
 }
+
+// Travel times between a point, r from the axis and z over the face, and the disc of radius a.
+struct DiscArrivals {
+  DiscArrivals(const CartesianCoordinate& p, double a, double c)
+      : r(std::sqrt(p.x * p.x + p.y * p.y)),
+        axial(p.z / c),
+        near_rim(std::sqrt((r - a) * (r - a) + p.z * p.z) / c),
+        far_rim(std::sqrt(p.z * p.z + (r + a) * (r + a)) / c),
+        first(r <= a ? axial : near_rim) {}
+  double r;      // m
+  double axial;  // s, signed as z is
+  double near_rim, far_rim, first;
+};
 
 }  // namespace kesto

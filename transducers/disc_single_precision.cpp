@@ -49,9 +49,8 @@ int disc_fnm_cw_sse(Transducer& element, DiscFace face) {
       ComplexSum4 sum;
       for (int i = 0; i + 4 <= n; i += 4) {
         const Float4 c = rounded_ps(&cosine[i]);
-        const Float4 difference = (p.r2 + a2) - rounded_ps(&cosine_2a[i]) * p.r;
-        // On the rim it may round to 0 or less; the two waves are equal there and the term is nothing.
-        const Float4 d = difference > 1e-30f ? difference : broadcast_ps(1e-30f);
+        // On the rim, where d may round to nothing, the two waves are equal and the term is nothing too.
+        const Float4 d = above_zero((p.r2 + a2) - rounded_ps(&cosine_2a[i]) * p.r);
         const Float4 distance = sqrt_ps(p.z * p.z + d);
         const Float4 g = rounded_ps(rule.weight + i) * ((c * p.r - a) * approximate_reciprocal_ps(d));
         Float4 re, im;

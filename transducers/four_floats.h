@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cmath>
+#include <complex>
 
 #include "core/vector_math.h"
 
@@ -22,6 +23,10 @@ inline Float4 approximate_reciprocal_ps(Float4 v) {
   return 1.0f / v;
 #endif
 }
+
+// Squared distances that are differences of nearly equal floats may round to 0 or less.
+inline float above_zero(float v) { return v > 1e-30f ? v : 1e-30f; }
+inline Float4 above_zero(Float4 v) { return v > 1e-30f ? v : broadcast_ps(1e-30f); }
 
 // Four doubles rounded to float.
 inline Float4 rounded_ps(const double* v) { return _mm_set_doubles(v[0], v[1], v[2], v[3]); }

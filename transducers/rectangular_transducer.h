@@ -50,6 +50,10 @@ class RectangularTransducer : public kesto::DecliningTransducer {
   // with distance: callers rely on it. Error: more radiators than an index holds.
   int radiator_cw() override;
 
+  // The earliest and the latest time at which a grid point hears the face, with the element's delay. An empty grid
+  // leaves the largest double and 0.
+  int impulse_begin_and_end_times() override;
+
   double width = 0;   // m
   double height = 0;  // m
 };

@@ -1,11 +1,11 @@
 // A flat annulus.
 #pragma once
 
-#include "core/transducer.h"
+#include "transducers/axisymmetric_transducer.h"
 
 // A circular piston less a smaller one; with an inner radius of 0 its fields are the piston's to the bit. Placed and
 // declining like CircularTransducer.
-class RingTransducer : public kesto::DecliningTransducer {
+class RingTransducer : public kesto::AxisymmetricTransducer {
  public:
   RingTransducer() = default;
   RingTransducer(double inner_radius, double outer_radius);
@@ -21,6 +21,15 @@ class RingTransducer : public kesto::DecliningTransducer {
   int rayleigh_cw() override;
   int rayleigh_cw_apodized() override;
   int rayleigh_cw_sse() override;
+
+  int impulse_begin_and_end_times() override;
+  int impulse_response() override;
+  int fnm_transient() override;
+  int fnm_fdtsd() override;
+  int fnm_tsd() override;
+  int fnm_tsd_low_precision() override;
+  int fnm_tsd_sse() override;
+  int rayleigh_transient() override;
 
   double inner_radius = 0;  // m
   double outer_radius = 0;  // m

@@ -31,4 +31,24 @@ int cap_rayleigh_cw(Transducer& element, CapFace face);
 // default within the sum.
 int cap_rayleigh_cw_sse(Transducer& element, CapFace face);
 
+// The earliest and the latest time at which a grid point hears the cap of the outer radius, with the element's delay.
+// An empty grid leaves the window as it is.
+int cap_impulse_begin_and_end_times(Transducer& element, CapFace face);
+
+// The velocity potential's impulse response at the sample times less the delay, times the amplitude, in closed form.
+// Points behind the cap get theirs too. At the centre of curvature it is one sample, and only where a sample lies at
+// roc/c plus twice the delay: callers rely on it.
+int cap_impulse_response(Transducer& element, CapFace face);
+
+enum class BehindCap { skipped, computed };
+
+// The rim integral of cap_fnm_cw with the excitation for its waves; at the centre of curvature its limit,
+// rho depth amplitude v'(t - roc/c - delay).
+int cap_fnm_transient(Transducer& element, CapFace face, BehindCap behind = BehindCap::skipped);
+
+// The same by time-space decomposition.
+int cap_fnm_tsd(Transducer& element, CapFace face, BehindCap behind = BehindCap::skipped);
+int cap_fnm_fdtsd(Transducer& element, CapFace face);              // through the signal's complex factors
+int cap_fnm_tsd_low_precision(Transducer& element, CapFace face);  // geometry in single precision
+
 }  // namespace kesto

@@ -1,11 +1,11 @@
 // A spherical annulus.
 #pragma once
 
-#include "core/transducer.h"
+#include "transducers/axisymmetric_transducer.h"
 
 // A spherical shell less a smaller one of the same curvature, placed like SphericalTransducer; with an inner radius of
 // 0 its fields are the shell's to the bit. Computations not listed here answer 1.
-class SphericalRingTransducer : public kesto::DecliningTransducer {
+class SphericalRingTransducer : public kesto::AxisymmetricTransducer {
  public:
   SphericalRingTransducer() = default;
   SphericalRingTransducer(double inner_radius, double outer_radius, double focal_distance);
@@ -19,6 +19,13 @@ class SphericalRingTransducer : public kesto::DecliningTransducer {
   int fnm_cw() override;
   int rayleigh_cw() override;
   virtual int farfield_cw_lossless() { return 1; }
+
+  int impulse_begin_and_end_times() override;
+  int impulse_response() override;
+  int fnm_transient() override;
+  int fnm_fdtsd() override;
+  int fnm_tsd() override;
+  int fnm_tsd_low_precision() override;  // of the shell without the hole: callers rely on it
 
   double inner_radius = 0;    // of the aperture, m
   double outer_radius = 0;    // m

@@ -1,60 +1,60 @@
-// What the transient computations share: their context, sample indices, and traces added to the time-major buffer.
+// What the transient computations share: their context, and sample ranges with their rounding.
 #pragma once
 
-#include <climits>
+#include <algorithm>
 #include <cmath>
-#include <cstddef>
 
 #include "core/host_api.h"
-#include "core/medium.h"
 #include "core/transducer.h"
 #include "excitation/excitation_function.h"
 
 namespace kesto {
 
-// The sample at or before, at or after a position in samples; within 0 and `count`, and 0 where there is none (NaN).
-inline int sample_at_or_before(double position, int count) {
-  const double floor = std::floor(position);
-  return floor > 0 ? (floor < count ? static_cast<int>(floor) : count) : 0;
-}
-inline int sample_at_or_after(double position, int count) {
-  const double ceiling = std::ceil(position);
-  return ceiling > 0 ? (ceiling < count ? static_cast<int>(ceiling) : count) : 0;
-}
-
-// Samples from first to before last; none when last is not beyond first.
+// Samples from `first` to before `last`; none when last is not beyond first.
 struct Span {
   int first, last;
 };
 
+inline Span union_of(Span a, Span b) { return {std::min(a.first, b.first), std::max(a.last, b.last)}; }
+
+// A position in samples as an index from 0 to count. NaN is 0.
+inline int clamped_index(double position, int count) {
+  return position > 0 ? (position < count ? static_cast<int>(position) : count) : 0;
+}
+
 // The element's time vector as a computation sees it, and its delay.
-class TimeAxis {
- public:
+struct TimeAxis {
   explicit TimeAxis(const Transducer& element);
 
-  double position(double time) const { return (time - start) * per_sample; }  // in samples
+  // Everything from the first arrival to the end of a pulse that arrives last, rounded outwards.
+  Span between(double first_arrival, double last_arrival, double pulse_width) const {
+    return {clamped_index(std::floor((first_arrival + time_delay - start) * per_sample), samples),
+            clamped_index(std::ceil((last_arrival + time_delay + pulse_width - start) * per_sample), samples)};
+  }
 
-  // The samples that a decomposed pulse of this length covers: both ends included.
-  Span decomposed(double delay, double pulse_width) const {
-    return {sample_at_or_after(position(delay + time_delay), samples),
-            end_of_decomposed((delay + time_delay - start + pulse_width) * per_sample)};
+  // The samples within a pulse of this travel time, rounded inwards, the end included.
+  Span within_pulse(double travel_time, double pulse_width) const {
+    return {clamped_index(std::ceil((travel_time + time_delay - start) * per_sample), samples),
+            clamped_index(std::floor((travel_time + time_delay - start + pulse_width) * per_sample) + 1, samples)};
   }
-  int end_of_decomposed(double position) const {
-    const double end = std::floor(position) + 1;
-    return end > 0 ? (end < samples ? static_cast<int>(end) : samples) : 0;
-  }
+
+  double longest() const;  // largest |time|, s
 
   int samples;
   double start, per_sample;  // s, 1/s
   double time_delay;         // s
-  bool regular;              // the samples lie where start and step say, to within a hundredth of a step
-  // `samples` times, then a vector's worth of times before any pulse.
+  // Whether every sample lies where start and step say, within half a step. A list of times need not.
+  bool regular;
+  // The times, then a vector's worth of times that no pulse reaches.
   ScratchArray<double> times;
 };
 
-// An error unless the element has all that a transient computation reads and, where there are points and samples,
-// somewhere to add to.
+// Elements of scratch behind the last sample that vectors may read and write.
+constexpr int sample_padding = 8;
+
+// An error unless the element has a medium, a grid and a time vector and, where there are points, a buffer to add to.
 void require_transient_output(const Transducer& element);
-void require_excitation(const Transducer& element);
+// An error unless it also has a rule and an excitation.
+void require_excited_output(const Transducer& element);
 
 }  // namespace kesto
