@@ -6,6 +6,7 @@
 #include <complex>
 #include <cstdlib>
 #include <functional>
+#include <limits>
 #include <memory>
 #include <string>
 #include <vector>
@@ -322,6 +323,130 @@ TEST_F(Transients, AgreeWithThePlainSumsAtEveryWidth) {
       }
     }
   }
+}
+
+// rho times the convolution of the impulse response with the signal's derivative is the pressure: the closed forms and
+// the rim integral have nothing in common but the physics. Samples lie between arrivals, where h may jump.
+TEST_F(Transients, AreTheConvolutionOfTheImpulseResponse) {
+  const double dt = 1.03e-9;
+  const Setting fine = {&hanning, 1, 0.11e-9, 14e-6, dt, 0};
+  struct {
+    Transducer& element;
+    std::function<int()> response, field;
+  } const cases[] = {
+      {disc, [&] { return disc.impulse_response(); }, [&] { return disc.fnm_transient(); }},
+      {ring, [&] { return ring.impulse_response(); }, [&] { return ring.fnm_transient(); }},
+      {shell, [&] { return shell.impulse_response(); }, [&] { return shell.fnm_transient_behind_source(); }},
+      {bowl, [&] { return bowl.impulse_response(); }, [&] { return bowl.fnm_transient(); }},
+  };
+  const std::vector<Point> points = {{0, 0, 5e-3},  {1e-3, 0.5e-3, 4e-3}, {outer, 0, 3e-3},     {3e-3, 5e-3, 6e-3},
+                                     {0, 0, 12e-3}, {0.6e-3, 0, 12e-3},   {0.7e-3, 0.8e-3, roc}};
+  for (const auto& c : cases) {
+    Scene scene(fine, 200);
+    const std::vector<Trace> h = traces_of(c.element, c.response, scene, points);
+    const std::vector<Trace> p = traces_of(c.element, c.field, scene, points);
+    Trace slope;
+    for (double t = 0; t < hanning.pulse_width; t += dt) slope.push_back(hanning.derivative(t));
+    for (std::size_t i = 0; i < points.size(); ++i) {
+      double worst = 0, largest = 0;
+      for (std::size_t k = 0; k < p[i].size(); k += 40) {
+        double sum = 0;
+        for (std::size_t m = 0; m < slope.size() && m <= k; ++m) sum += slope[m] * h[i][k - m];
+        largest = std::max(largest, std::fabs(p[i][k]));
+        worst = std::max(worst, std::fabs(rho * dt * sum - p[i][k]));
+      }
+      EXPECT_LE(worst, 0.015 * largest) << "case " << &c - cases << ", point " << i;
+      EXPECT_GT(largest, 1e5);
+    }
+  }
+}
+
+// With no hole an annulus is the full shape to the bit; what is refused ends the call; gates, and what is missing.
+TEST_F(Transients, OfAnnuliWithoutAHoleAndRefusals) {
+  RingTransducer full_ring(0, outer, 1.5, 0.7);
+  SphericalRingTransducer full_bowl(0, outer, roc, 1.5, 0.7);
+  Scene scene({&hanning, 1, 0, 20e-6, 1.0 / 32e6, 1e-7}, 16);
+  const std::vector<Point> points = observation_points();
+  using Member = int (Transducer::*)();
+  const Member on_both[] = {&Transducer::impulse_response, &Transducer::fnm_transient, &Transducer::fnm_tsd,
+                            &Transducer::fnm_fdtsd, &Transducer::fnm_tsd_low_precision};
+  const Member on_discs[] = {&Transducer::fnm_tsd_sse, &Transducer::rayleigh_transient};
+  const auto run = [&](Transducer& t, Member member) {
+    return traces_of(
+        t, [&t, member] { return (t.*member)(); }, scene, points);
+  };
+  for (const Member member : on_both) {
+    EXPECT_EQ(run(disc, member), run(full_ring, member));
+    EXPECT_EQ(run(shell, member), run(full_bowl, member));
+  }
+  for (const Member member : on_discs) EXPECT_EQ(run(disc, member), run(full_ring, member));
+
+  Transducer* const all[] = {&disc, &ring, &shell, &bowl};
+  const Member refused[] = {&Transducer::init_fnm_tsd, &Transducer::call_fnm_tsd, &Transducer::free_fnm_tsd};
+  const Member answered_1[] = {&Transducer::fnm_transient_behind_source, &Transducer::fnm_tsd_behind_source,
+                               &Transducer::kzk_cw};
+  for (Transducer* const t : all) {
+    for (const Member member : refused) {
+      EXPECT_EQ(guarded([&] { (t->*member)(); }).error, "Transducer shape not supported for this function\n");
+    }
+    for (const Member member : answered_1) EXPECT_TRUE(t == &shell || (t->*member)() == 1);
+    t->set_transient_pressure_pointer(nullptr);
+    t->set_amplitude(1e-11);
+    for (const Member member : on_both) {
+      const bool gated = t == &shell || t == &bowl || member != on_both[0];
+      EXPECT_EQ(gated ? (t->*member)() : 0, 0);
+    }
+    t->set_amplitude(1);
+    t->set_medium(&scene.medium), t->set_global_coordinate_grid(nullptr);
+    EXPECT_EQ(guarded([&] { t->fnm_transient(); }).error, "The transducer has no coordinate grid.\n");
+  }
+
+  // The sum over cells tends to the rim integral.
+  Scene fine({&hanning, 1, 0, 10e-6, 1.0 / 32e6, 0}, 150);
+  const std::vector<Point> few = {{1e-3, 1e-3, 6e-3}, {6e-3, 0, 4e-3}};
+  disc.set_amplitude(1);
+  const std::vector<Trace> cells = traces_of(
+      disc, [&] { return disc.rayleigh_transient(); }, fine, few);
+  const std::vector<Trace> rim = traces_of(
+      disc, [&] { return disc.fnm_transient(); }, fine, few);
+  for (std::size_t p = 0; p < few.size(); ++p) {
+    for (std::size_t k = 0; k < rim[p].size(); ++k) EXPECT_NEAR(cells[p][k], rim[p][k], 2e3) << k;  // of some 1e6
+  }
+}
+
+TEST_F(Transients, BeginAndEndWithTheFirstAndLastArrival) {
+  RectangularTransducer rectangle(6e-3, 4e-3, 1, 0);
+  const auto window = [&](Transducer& t, const std::vector<Point>& points) {
+    Scene scene({&hanning, 1, 0, 1e-6, 1e-7, 0.5e-6}, 4);
+    traces_of(
+        t, [&] { return t.impulse_begin_and_end_times(); }, scene, points);
+    return std::pair<double, double>((t.get_impulse_begin_time() - 0.5e-6) * speed,
+                                     (t.impulse_end_time - 0.5e-6) * speed);
+  };
+  const double h = std::sqrt(roc * roc - outer * outer);
+  const struct {
+    Transducer& element;
+    std::vector<Point> points;
+    double begin, end;  // as distances
+  } cases[] = {
+      {disc, {}, -1 * speed - 0.5e-6 * speed, -1 * speed - 0.5e-6 * speed},  // none yet
+      {disc, {{3e-3, 0, 4e-3}}, 4e-3, std::hypot(7e-3, 4e-3)},
+      {ring, {{0, 7e-3, 4e-3}, {0, 0, -1e-3}}, -1e-3, std::hypot(11e-3, 4e-3)},
+      {shell, {{0, 0, 0.02}}, std::hypot(outer, 0.02 - roc + h), 0.02},
+      {shell, {{0, 0, 5e-3}}, 5e-3, std::hypot(outer, 5e-3 - roc + h)},
+      {bowl, {{6e-3, 0, roc}}, std::hypot(2e-3, h), std::hypot(10e-3, h)},
+      {rectangle, {{4e-3, 5e-3, 2e-3}}, std::sqrt(1e-6 + 9e-6 + 4e-6), std::sqrt(49e-6 + 49e-6 + 4e-6)},
+      {rectangle, {{3e-3, 0, -1e-3}, {0, 2e-3, 3e-3}}, 1e-3, std::sqrt(41e-6)},
+  };
+  for (const auto& c : cases) {
+    const auto [begin, end] = window(c.element, c.points);
+    EXPECT_NEAR(begin, c.begin, 1e-12) << &c - cases;
+    EXPECT_NEAR(end, c.end, 1e-12) << &c - cases;
+  }
+  Scene none({&hanning, 1, 0, 1e-6, 1e-7, 0}, 4);
+  traces_of(rectangle, [&] { return rectangle.impulse_begin_and_end_times(); }, none, {});
+  EXPECT_EQ(rectangle.impulse_begin_time, std::numeric_limits<double>::max());
+  EXPECT_EQ(rectangle.impulse_end_time, 0);
 }
 
 }  // namespace
