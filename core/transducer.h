@@ -11,8 +11,7 @@ class Medium;
 class NumericalIntegration;
 
 // Placement, complex weight and delay of an element, and what a computation reads and writes. Grid, medium, rule, time
-// samples, signal and output buffers belong to the caller and outlive the computation, which does not check them for
-// null.
+// samples, signal and output buffers belong to the caller and outlive the computation; one that is missing is an error.
 //
 // Every computation adds to the output buffer, so that the fields of several elements called in turn sum up, and
 // returns 0 when it ran and 1 when the geometry does not offer it.
@@ -42,7 +41,8 @@ class Transducer {
   virtual int get_piston_apodization_index() const;
 
   virtual void set_global_coordinate_grid(CoordinateGrid* grid);
-  virtual void set_integral_pointer(NumericalIntegration* rule);  // used as its owner left it
+  // Used as its owner left it, on [-1, 1] as a rule; discs and annuli remap it to [0, pi], radiator_cw resizes it.
+  virtual void set_integral_pointer(NumericalIntegration* rule);
   virtual void set_medium(Medium* properties);
   virtual void set_time_vector(TimeSamples* samples);
   // One double per observation point each. Clears the transient pointer.

@@ -47,8 +47,8 @@ void for_each_cap(const Transducer& element, CapFace face, Compute compute) {
 }
 
 // The element's rule mapped to the rim angles from 0 to pi.
-struct RimTables {
-  explicit RimTables(const NumericalIntegration& rule, double factor = 1)
+struct CapRimTables {
+  explicit CapRimTables(const NumericalIntegration& rule, double factor = 1)
       : n(rule.get_npoints()), cosine(n), weight(n) {
     for (int i = 0; i < n; ++i) {
       cosine[i] = std::cos(half_pi * rule.get_abscissa(i) + half_pi);
@@ -60,8 +60,8 @@ struct RimTables {
 };
 
 // Sines and cosines of the polar angles of n rings, and the area of each of their n cells with its mirror image.
-struct RingTables {
-  RingTables(const Cap& cap, int n) : sine(n), cosine(n), area(n) {
+struct CapRingTables {
+  CapRingTables(const Cap& cap, int n) : sine(n), cosine(n), area(n) {
     const double half_angle = std::asin(cap.radius / cap.roc);
     for (int i = 0; i < n; ++i) {
       const double theta = midpoint(i, n, half_angle);
@@ -73,7 +73,7 @@ struct RingTables {
   ScratchArray<double> sine, cosine, area;
 };
 
-inline double rim_factor(const Cap& cap, const Medium& medium) {
+inline double cap_rim_factor(const Cap& cap, const Medium& medium) {
   return medium._rho_density * medium._soundspeed * cap.roc * cap.radius / pi;
 }
 
@@ -85,7 +85,7 @@ inline Complex focal_value(const Cap& cap, const Medium& medium, Wave wave) {
   return {-k * e.imag(), k * e.real()};
 }
 
-inline Complex rayleigh_factor(const Medium& medium, Complex weight) {
+inline Complex cap_rayleigh_factor(const Medium& medium, Complex weight) {
   return medium._f0 * medium._rho_density * weight * Complex(0, 1);
 }
 

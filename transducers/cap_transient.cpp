@@ -53,7 +53,7 @@ auto fill_in_double(const RimOfCap& rim, double c) {
 }
 
 // The rays of a block with every step in single precision.
-void fill_in_float(const Cap& cap, const RimTables& tables, float c, RayBlock& block) {
+void fill_in_float(const Cap& cap, const CapRimTables& tables, float c, RayBlock& block) {
   const float a = static_cast<float>(cap.radius), d = static_cast<float>(cap.roc), h = std::sqrt(d * d - a * a);
   for (int p = 0; p < RayBlock::capacity; ++p) {
     const float x = static_cast<float>(block.x[p]), y = static_cast<float>(block.y[p]);
@@ -85,7 +85,7 @@ int decompose(Transducer& element, CapFace face, BehindCap behind, Decomposition
   const ScratchArray<double> focal_trace(axis.samples);
   const Medium& medium = *element.medium;
   for_each_signed_cap(face, [&](const Cap& cap, double sign) {
-    const RimTables tables(*element.integral, transient_factor(cap, medium, sign));
+    const CapRimTables tables(*element.integral, transient_factor(cap, medium, sign));
     const auto focal = [&](int i) {
       const Span span = axis.within_pulse(cap.roc / medium._soundspeed, element.excitation->get_pulse_width());
       superpose_focal_trace(element, axis, cap, sign, span, i, focal_trace.data());
@@ -115,7 +115,7 @@ int cap_fnm_transient(Transducer& element, CapFace face, BehindCap behind) {
   const Span all = {0, axis.samples};
   const Medium& medium = *element.medium;
   for_each_signed_cap(face, [&](const Cap& cap, double sign) {
-    const RimTables tables(*element.integral, transient_factor(cap, medium, sign));
+    const CapRimTables tables(*element.integral, transient_factor(cap, medium, sign));
     const RimOfCap rim = {cap, tables.n, tables.cosine.data(), tables.weight.data()};
     const auto focal = [&](int i) { superpose_focal_trace(element, axis, cap, sign, all, i, traces.of(0)); };
     const auto fill = fill_in_double(rim, medium._soundspeed);

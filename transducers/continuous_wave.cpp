@@ -20,7 +20,7 @@ double frequency_of_wavelength(const Medium& medium) {
 
 double attenuation_of(const Medium& medium) { return medium._dBcmMHz * 100 * medium._f0 / 1e6 / decibels_per_neper; }
 
-Wave wave_in(const Medium& medium) {
+Wave wave_or_default(const Medium& medium) {
   return {two_pi / (medium._soundspeed / frequency_of_wavelength(medium)), attenuation_of(medium)};
 }
 

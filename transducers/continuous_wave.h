@@ -22,10 +22,10 @@ double frequency_of_wavelength(const Medium& medium);
 // rely on it.
 double attenuation_of(const Medium& medium);
 
-// The wave of the fast nearest method, with the default of frequency_of_wavelength and its warning.
-Wave wave_in(const Medium& medium);
+// The wave in the medium, with the default of frequency_of_wavelength and its warning.
+Wave wave_or_default(const Medium& medium);
 
-// The wave with f0 as it is stored: without one, a wavenumber and an attenuation of 0.
+// The wave with f0 as it is stored: without one, no waves at all, and neither default nor warning.
 Wave stored_wave(const Medium& medium);
 
 // Too small an amplitude to compute anything for.

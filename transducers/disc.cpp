@@ -16,8 +16,6 @@ namespace kesto {
 
 namespace {
 
-int in_front(int, const CartesianCoordinate& p) { return p.z < 0 ? no_kernel : 0; }
-
 // The apodized rim integral: rows of n nodes psi, one for each ring of radius sigma.
 struct RimsOfRings {
   int n;
@@ -76,7 +74,7 @@ void superpose_cells(Transducer& element, DiscFace face, Wave wave, Velocity vel
     }
     const CellsOfDisc cells = {n, cosine.data(), sigma.data(), sigma_squared.data(), area.data()};
     const PointKernel kernels[] = {{cells, wave, radius, chosen_vector_target()}};
-    superpose_sums(element, kernels, rayleigh_factor(*element.medium, weight), in_front);
+    superpose_sums(element, kernels, disc_rayleigh_factor(*element.medium, weight), kernel_in_front);
   });
 }
 
@@ -84,7 +82,7 @@ void superpose_cells(Transducer& element, DiscFace face, Wave wave, Velocity vel
 
 int disc_fnm_cw(Transducer& element, DiscFace face) {
   const Medium& medium = medium_of(element);
-  const Wave wave = wave_in(medium);
+  const Wave wave = wave_or_default(medium);
   if (is_silent(element)) return 0;
   require_complex_output(element);
   NumericalIntegration& rule = *element.integral;
@@ -98,7 +96,7 @@ int disc_fnm_cw(Transducer& element, DiscFace face) {
     }
     const RimOfDisc rim = {radius, n, cosine.data(), cosine_2a.data(), rule.weight};
     const PointKernel kernels[] = {{rim, wave, radius, chosen_vector_target()}};
-    superpose_sums(element, kernels, rim_factor(medium, radius, weight), in_front);
+    superpose_sums(element, kernels, disc_rim_factor(medium, radius, weight), kernel_in_front);
   });
   return 0;
 }
@@ -133,7 +131,7 @@ int disc_fnm_cw_apodized(Transducer& element, DiscFace face) {
                               weight_of_ring.data(),
                               first_ring};
     const PointKernel kernels[] = {{rims, stored_wave(medium), pi * radius, chosen_vector_target()}};
-    superpose_sums(element, kernels, rim_factor(medium, radius, weight), in_front);
+    superpose_sums(element, kernels, disc_rim_factor(medium, radius, weight), kernel_in_front);
   });
   return 0;
 }

@@ -26,11 +26,11 @@ void for_each_disc(const Transducer& element, DiscFace face, Compute compute) {
   for_each_signed_disc(face, [&](double radius, double sign) { compute(radius, sign * element.complex_weight); });
 }
 
-inline Complex rim_factor(const Medium& medium, double radius, Complex weight) {
+inline Complex disc_rim_factor(const Medium& medium, double radius, Complex weight) {
   return medium._rho_density * medium._soundspeed * radius / pi * weight;
 }
 
-inline Complex rayleigh_factor(const Medium& medium, Complex weight) {
+inline Complex disc_rayleigh_factor(const Medium& medium, Complex weight) {
   return Complex(0, 2 * medium._rho_density * medium._f0) * weight;
 }
 

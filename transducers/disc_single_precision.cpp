@@ -13,8 +13,6 @@ namespace kesto {
 
 namespace {
 
-bool in_front(const CartesianCoordinate& p) { return !(p.z < 0); }
-
 struct FloatPoint {
   explicit FloatPoint(const CartesianCoordinate& p) : z(static_cast<float>(p.z)) {
     const float x = static_cast<float>(p.x), y = static_cast<float>(p.y);
@@ -42,7 +40,7 @@ int disc_fnm_cw_sse(Transducer& element, DiscFace face) {
       cosine_2a[i] = 2 * radius * cosine[i];
     }
     const float a = static_cast<float>(radius), a2 = static_cast<float>(radius * radius);
-    superpose_values(element, in_front, [&](const CartesianCoordinate& local) {
+    superpose_values(element, is_in_front, [&](const CartesianCoordinate& local) {
       const FloatPoint p(local);
       Float4 re0, im0;
       complex_exp(minus_alpha * p.z, minus_k * p.z, &re0, &im0);
@@ -58,7 +56,7 @@ int disc_fnm_cw_sse(Transducer& element, DiscFace face) {
         sum.re += g * (re - re0);
         sum.im += g * (im - im0);
       }
-      return sum.total() * rim_factor(medium, radius, weight);
+      return sum.total() * disc_rim_factor(medium, radius, weight);
     });
   });
   return 0;
@@ -74,7 +72,7 @@ int disc_rayleigh_cw_sse(Transducer& element, DiscFace face) {
   const ScratchArray<double> cosine(n);
   fill_cosines_of_midpoints(cosine, n, pi);
   for_each_disc(element, face, [&](double radius, Complex weight) {
-    superpose_values(element, in_front, [&](const CartesianCoordinate& local) {
+    superpose_values(element, is_in_front, [&](const CartesianCoordinate& local) {
       const FloatPoint p(local);
       ComplexSum4 sum;
       for (int ring = 0; ring < n; ++ring) {
@@ -91,7 +89,7 @@ int disc_rayleigh_cw_sse(Transducer& element, DiscFace face) {
           sum.im += amplitude * im;
         }
       }
-      return sum.total() * rayleigh_factor(medium, weight);
+      return sum.total() * disc_rayleigh_factor(medium, weight);
     });
   });
   return 0;

@@ -16,8 +16,8 @@ namespace kesto {
 namespace {
 
 // The nodes of the rim, whose weights carry the factor of the integral.
-struct RimTables {
-  RimTables(NumericalIntegration& rule, const Medium& medium, double a, double sign)
+struct DiscRimTables {
+  DiscRimTables(NumericalIntegration& rule, const Medium& medium, double a, double sign)
       : radius(a), n(rule.get_npoints()), cosine(n), cosine_2a(n), weight(n) {
     rule.gauss_quadrature(0, pi);
     const double factor = sign * (medium._rho_density * medium._soundspeed * a / pi);
@@ -34,18 +34,17 @@ struct RimTables {
   ScratchArray<double> cosine, cosine_2a, weight;
 };
 
-bool in_front(int, const CartesianCoordinate& p) { return !(p.z < 0); }
-
 // Hands the rays of every point in front of the disc to consume(block); `fill` replaces the rays in double precision.
 template <class Fill, class Consume>
-void for_each_disc_ray_block(Transducer& element, const RimTables& tables, Fill fill, Consume consume) {
+void for_each_disc_ray_block(Transducer& element, const DiscRimTables& tables, Fill fill, Consume consume) {
   const double c = element.medium->_soundspeed;
   RayBlock block(tables.n);
+  const auto accept = [](int, const CartesianCoordinate& p) { return is_in_front(p); };
   const auto arrive = [&](const CartesianCoordinate& p, double& first, double& last) {
     const DiscArrivals arrivals(p, tables.radius, c);
     first = arrivals.first, last = arrivals.far_rim;
   };
-  for_each_ray_block(element, block, fill, in_front, arrive, consume);
+  for_each_ray_block(element, block, fill, accept, arrive, consume);
 }
 
 auto fill_in_double(const RimOfDisc& rim, SoundSpeed c) {
@@ -55,7 +54,7 @@ auto fill_in_double(const RimOfDisc& rim, SoundSpeed c) {
 }
 
 // The rays of a block with every step in single precision.
-void fill_in_float(const RimTables& tables, float c, RayBlock& block) {
+void fill_in_float(const DiscRimTables& tables, float c, RayBlock& block) {
   const float a = static_cast<float>(tables.radius);
   for (int p = 0; p < RayBlock::capacity; ++p) {
     const float x = static_cast<float>(block.x[p]), y = static_cast<float>(block.y[p]);
@@ -80,7 +79,7 @@ int decompose(Transducer& element, DiscFace face, DecompositionForm form, bool f
   const TimeAxis axis(element);
   Decomposition decomposition(element, axis, form);
   for_each_signed_disc(face, [&](double radius, double sign) {
-    const RimTables tables(*element.integral, *element.medium, radius, sign);
+    const DiscRimTables tables(*element.integral, *element.medium, radius, sign);
     const double c = element.medium->_soundspeed;
     const auto consume = [&](const RayBlock& block) { decomposition.superpose(block, true); };
     if (float_geometry) {
@@ -103,7 +102,7 @@ int disc_fnm_transient(Transducer& element, DiscFace face) {
   const Traces traces(axis.samples);
   const double pulse_width = element.excitation->get_pulse_width();
   for_each_signed_disc(face, [&](double radius, double sign) {
-    const RimTables tables(*element.integral, *element.medium, radius, sign);
+    const DiscRimTables tables(*element.integral, *element.medium, radius, sign);
     const SoundSpeed c = {element.medium->_soundspeed};
     for_each_disc_ray_block(element, tables, fill_in_double(tables.rim(), c), [&](const RayBlock& block) {
       Span all = {axis.samples, 0};
@@ -142,7 +141,7 @@ int disc_fnm_tsd_sse(Transducer& element, DiscFace face) {
   const ScratchArray<Float4> spatial(terms);
   const double pulse_width = signal.get_pulse_width();
   for_each_signed_disc(face, [&](double radius, double sign) {
-    const RimTables tables(*element.integral, *element.medium, radius, sign);
+    const DiscRimTables tables(*element.integral, *element.medium, radius, sign);
     const float c = static_cast<float>(element.medium->_soundspeed);
     const auto fill = [&](RayBlock& block) { fill_in_float(tables, c, block); };
     for_each_disc_ray_block(element, tables, fill, [&](const RayBlock& block) {
@@ -194,7 +193,7 @@ int disc_rayleigh_transient(Transducer& element, DiscFace face) {
   fill_cosines_of_midpoints(cosine, n, pi);
   for_each_signed_disc(face, [&](double radius, double sign) {
     for_each_local_point(element, [&](int i, const CartesianCoordinate& p) {
-      if (!in_front(i, p)) return;
+      if (!is_in_front(p)) return;
       const DiscArrivals arrivals(p, radius, c);
       std::size_t cell = 0;
       for (int ring = 0; ring < n; ++ring) {

@@ -18,8 +18,10 @@ void for_each_local_point(Transducer& element, Visit visit) {
       [&](int i, const CartesianCoordinate& p) { visit(i, element.rotateTranslate(p)); });
 }
 
-// Adds evaluate(p) at every point, or what it leaves out: computations that are not worth lanes over points.
-// `evaluated(p)` says whether a point gets anything.
+// Whether a flat face radiates to the point.
+inline bool is_in_front(const CartesianCoordinate& p) { return !(p.z < 0); }
+
+// Adds evaluate(p) at every point where evaluated(p): for computations without lanes over points.
 template <class Evaluated, class Evaluate>
 void superpose_values(Transducer& element, Evaluated evaluated, Evaluate evaluate) {
   for_each_local_point(element, [&](int i, const CartesianCoordinate& p) {
@@ -28,6 +30,9 @@ void superpose_values(Transducer& element, Evaluated evaluated, Evaluate evaluat
 }
 
 constexpr int no_kernel = -1;
+
+// The one kernel of a flat face.
+inline int kernel_in_front(int, const CartesianCoordinate& p) { return is_in_front(p) ? 0 : no_kernel; }
 
 // Adds scale times the sum of kernels[classify(i, p)] at every point i, and nothing where that is no_kernel: then the
 // point gets nothing, or classify has superposed its value itself. Points are gathered kernel by kernel, so that all

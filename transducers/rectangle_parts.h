@@ -51,7 +51,7 @@ bool is_split(Real one, Real other) {
   return one > 0 && other > 0;
 }
 
-inline Complex rayleigh_factor(const RectangularTransducer& piston) {
+inline Complex rectangle_rayleigh_factor(const RectangularTransducer& piston) {
   return piston.complex_weight * Complex(0, 1) * (piston.medium->_f0 * piston.medium->_rho_density);
 }
 

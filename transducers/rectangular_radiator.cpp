@@ -13,11 +13,11 @@ namespace kesto {
 
 namespace {
 
-// Radiators along x times those along y, for a point at height z; `nodes` is the rule's own number.
-int radiators_for(const RectangularTransducer& piston, double wavelength, double z, int nodes) {
-  const double size = std::sqrt(4 * wavelength * z / nodes);
+// The nodes in either direction for a point at height z, from the rule's own number.
+int nodes_for(const RectangularTransducer& piston, double wavelength, double z, int given) {
+  const double size = std::sqrt(4 * wavelength * z / given);
   const double count = (std::floor(piston.width / size) + 1) * (std::floor(piston.height / size) + 1);
-  if (!(count >= 1 && count <= INT_MAX)) fail("radiator_cw needs more radiators than an index can count.\n");
+  if (!(count >= 1 && count <= INT_MAX)) fail("radiator_cw needs more nodes than an index can count.\n");
   return static_cast<int>(count);
 }
 
@@ -35,12 +35,12 @@ int RectangularTransducer::radiator_cw() {
   if (is_silent(*this)) return 0;
   require_complex_output(*this);
   const Complex kappa(two_pi / wavelength, -attenuation_of(properties));
-  const Complex exponent = kappa * Complex(0, 1), factor = rayleigh_factor(*this);
+  const Complex exponent = kappa * Complex(0, 1), factor = rectangle_rayleigh_factor(*this);
   const int nodes = integral->get_npoints();
   std::optional<RectangleTables> tables;
   const auto in_front = [](const CartesianCoordinate& p) { return p.z > 0; };
   superpose_values(*this, in_front, [&](const CartesianCoordinate& p) {
-    const int count = radiators_for(*this, wavelength, p.z, nodes);
+    const int count = nodes_for(*this, wavelength, p.z, nodes);
     if (!tables || tables->n != count) {
       tables.reset();
       integral->allocate_memory(count);

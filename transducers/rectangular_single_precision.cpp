@@ -12,8 +12,6 @@ namespace kesto {
 
 namespace {
 
-bool in_front(const CartesianCoordinate& p) { return !(p.z < 0); }
-
 // The distances of a point's projection from the lines of the four edges, and its height.
 struct FloatPoint {
   FloatPoint(const CartesianCoordinate& p, const RectangleTables& t)
@@ -42,7 +40,7 @@ float wavelength_in(const Medium& medium) {
   return static_cast<float>(medium._soundspeed / frequency_of_wavelength(medium));
 }
 
-Complex rim_factor(const RectangularTransducer& piston, double rho_c, double minus_two_pi) {
+Complex rectangle_rim_factor(const RectangularTransducer& piston, double rho_c, double minus_two_pi) {
   const Complex w = piston.complex_weight;
   return {rho_c * w.real() / minus_two_pi, rho_c * w.imag() / minus_two_pi};
 }
@@ -62,11 +60,11 @@ int RectangularTransducer::fnm_cw_single() {
   const RectangleTables t(*this, true);
   const double rho_c = static_cast<double>(static_cast<float>(properties._rho_density)) *
                        static_cast<double>(static_cast<float>(properties._soundspeed));
-  const Complex factor = rim_factor(*this, rho_c, static_cast<double>(-two_pi_single));
+  const Complex factor = rectangle_rim_factor(*this, rho_c, static_cast<double>(-two_pi_single));
   const auto wave_at = [&](float distance) {
     return smart_exp(static_cast<double>(minus_alpha * distance), static_cast<double>(minus_k * distance));
   };
-  superpose_values(*this, in_front, [&](const CartesianCoordinate& local) {
+  superpose_values(*this, is_in_front, [&](const CartesianCoordinate& local) {
     const FloatPoint p(local, t);
     const Complex reference = wave_at(p.z);
     Complex sum;
@@ -95,13 +93,13 @@ int RectangularTransducer::fnm_cw_single() {
 
 int RectangularTransducer::fnm_cw_sse() {
   const Medium& properties = medium_of(*this);
-  const Wave wave = wave_in(properties);
+  const Wave wave = wave_or_default(properties);
   require_complex_output(*this);
   const Float4 minus_k = broadcast_ps(static_cast<float>(-wave.wavenumber));
   const Float4 minus_alpha = broadcast_ps(static_cast<float>(-wave.attenuation));
   const RectangleTables t(*this, false, 4);
-  const Complex factor = rim_factor(*this, properties._rho_density * properties._soundspeed, -two_pi);
-  superpose_values(*this, in_front, [&](const CartesianCoordinate& local) {
+  const Complex factor = rectangle_rim_factor(*this, properties._rho_density * properties._soundspeed, -two_pi);
+  superpose_values(*this, is_in_front, [&](const CartesianCoordinate& local) {
     const FloatPoint p(local, t);
     Float4 re0, im0;
     complex_exp(minus_alpha * p.z, minus_k * p.z, &re0, &im0);
@@ -139,8 +137,8 @@ int RectangularTransducer::fnm_cw_sse2() {
   const float minus_alpha = static_cast<float>(-attenuation_of(properties));
   const RectangleTables t(*this, true);
   const float rho_c = static_cast<float>(properties._rho_density) * static_cast<float>(properties._soundspeed);
-  const Complex factor = rim_factor(*this, static_cast<double>(rho_c), -two_pi);
-  superpose_values(*this, in_front, [&](const CartesianCoordinate& local) {
+  const Complex factor = rectangle_rim_factor(*this, static_cast<double>(rho_c), -two_pi);
+  superpose_values(*this, is_in_front, [&](const CartesianCoordinate& local) {
     const FloatPoint p(local, t);
     const std::complex<float> reference = smart_exp(minus_alpha * p.z, -k * p.z);
     ComplexSum4 sum;
@@ -172,15 +170,15 @@ int RectangularTransducer::fnm_cw_sse2() {
 
 int RectangularTransducer::rayleigh_cw_sse() {
   const Medium& properties = medium_of(*this);
-  const Wave wave = wave_in(properties);
+  const Wave wave = wave_or_default(properties);
   if (is_silent(*this)) return 0;
   require_complex_output(*this);
   const Float4 minus_k = broadcast_ps(static_cast<float>(-wave.wavenumber));
   const Float4 minus_alpha = broadcast_ps(static_cast<float>(-wave.attenuation));
   const RectangleTables t(*this);
-  const Complex factor = rayleigh_factor(*this);
+  const Complex factor = rectangle_rayleigh_factor(*this);
   for_each_local_point(*this, [&](int index, const CartesianCoordinate& local) {
-    if (!in_front(local)) return;
+    if (!(local.z >= 0)) return;
     const FloatPoint p(local, t);
     ComplexSum4 sum;
     for (int column = 0; column < t.n; ++column) {

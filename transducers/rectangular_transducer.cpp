@@ -108,14 +108,14 @@ struct FarFieldOfRectangle {
 };
 
 int farfield(RectangularTransducer& piston, bool attenuated) {
-  Wave wave = wave_in(medium_of(piston));
+  Wave wave = wave_or_default(medium_of(piston));
   if (is_silent(piston)) return 0;
   require_complex_output(piston);
   if (!attenuated) wave.attenuation = 0;
   const Medium& medium = *piston.medium;
   const double a = piston.width * 0.5, b = piston.height * 0.5;
   const FarFieldOfRectangle pattern = {a * wave.wavenumber, b * wave.wavenumber};
-  const PointKernel kernels[] = {{pattern, wave, a + b, chosen_vector_target()}};
+  const PointKernel kernels[] = {{pattern, wave, std::fabs(a) + std::fabs(b), chosen_vector_target()}};
   const Complex factor = piston.complex_weight * Complex(0, medium._f0 * medium._rho_density * 4 * a * b);
   superpose_sums(piston, kernels, factor, [](int, const CartesianCoordinate& p) {
     return p.z >= 0 && std::sqrt(p.z * p.z + p.x * p.x + p.y * p.y) > 0 ? 0 : no_kernel;
@@ -153,8 +153,7 @@ Complex rayleigh_sum_on_face(const RectangleTables& tables, Wave wave, const Car
 
 }  // namespace kesto
 
-using kesto::Complex;
-using kesto::PointKernel;
+using namespace kesto;
 
 RectangularTransducer::RectangularTransducer(double w, double h) : width(w), height(h) {}
 
@@ -179,56 +178,56 @@ void RectangularTransducer::mex_debug(int level) {
 }
 
 int RectangularTransducer::fnm_cw() {
-  const Medium& properties = kesto::medium_of(*this);
-  const kesto::Wave wave = kesto::wave_in(properties);
-  if (kesto::is_silent(*this)) return 0;
-  kesto::require_complex_output(*this);
-  const kesto::RectangleTables t(*this);
-  const kesto::EdgeNodes x = {t.x.data(), t.x_weight.data(), t.t_squared.data(), t.t_weight.data()};
-  const kesto::EdgeNodes y = {t.y.data(), t.y_weight.data(), t.t_squared.data(), t.t_weight.data()};
-  const kesto::EdgesOfRectangle<false, false> outside = {t.a, t.b, t.n, x, y};
-  const kesto::EdgesOfRectangle<true, false> beside_y = {t.a, t.b, t.n, x, y};
-  const kesto::EdgesOfRectangle<false, true> beside_x = {t.a, t.b, t.n, x, y};
-  const kesto::EdgesOfRectangle<true, true> within = {t.a, t.b, t.n, x, y};
+  const Medium& properties = medium_of(*this);
+  const Wave wave = wave_or_default(properties);
+  if (is_silent(*this)) return 0;
+  require_complex_output(*this);
+  const RectangleTables t(*this);
+  const EdgeNodes x = {t.x.data(), t.x_weight.data(), t.t_squared.data(), t.t_weight.data()};
+  const EdgeNodes y = {t.y.data(), t.y_weight.data(), t.t_squared.data(), t.t_weight.data()};
+  const EdgesOfRectangle<false, false> outside = {t.a, t.b, t.n, x, y};
+  const EdgesOfRectangle<true, false> beside_y = {t.a, t.b, t.n, x, y};
+  const EdgesOfRectangle<false, true> beside_x = {t.a, t.b, t.n, x, y};
+  const EdgesOfRectangle<true, true> within = {t.a, t.b, t.n, x, y};
   const auto kernel = [&](const auto& edges) {
-    return PointKernel(edges, wave, t.a + t.b, kesto::chosen_vector_target());
+    return PointKernel(edges, wave, std::fabs(t.a) + std::fabs(t.b), chosen_vector_target());
   };
   const PointKernel kernels[] = {kernel(outside), kernel(beside_y), kernel(beside_x), kernel(within)};
   const double factor = properties._rho_density * properties._soundspeed;
-  const Complex scale(factor * complex_weight.real() / -kesto::two_pi, factor * complex_weight.imag() / -kesto::two_pi);
-  kesto::superpose_sums(*this, kernels, scale, [&](int, const CartesianCoordinate& p) {
-    if (p.z < 0) return kesto::no_kernel;
-    return (kesto::is_split(t.a + p.x, t.a - p.x) ? 1 : 0) + (kesto::is_split(t.b - p.y, t.b + p.y) ? 2 : 0);
+  const Complex scale(factor * complex_weight.real() / -two_pi, factor * complex_weight.imag() / -two_pi);
+  superpose_sums(*this, kernels, scale, [&](int, const CartesianCoordinate& p) {
+    if (p.z < 0) return no_kernel;
+    return (is_split(t.a + p.x, t.a - p.x) ? 1 : 0) + (is_split(t.b - p.y, t.b + p.y) ? 2 : 0);
   });
   return 0;
 }
 
-int RectangularTransducer::farfield_cw() { return kesto::farfield(*this, true); }
-int RectangularTransducer::farfield_cw_lossless() { return kesto::farfield(*this, false); }
+int RectangularTransducer::farfield_cw() { return farfield(*this, true); }
+int RectangularTransducer::farfield_cw_lossless() { return farfield(*this, false); }
 
 int RectangularTransducer::rayleigh_cw() {
-  const kesto::Wave wave = kesto::wave_in(kesto::medium_of(*this));
-  if (kesto::is_silent(*this)) return 0;
-  kesto::require_complex_output(*this);
-  const kesto::RectangleTables t(*this);
-  const kesto::CellsOfRectangle cells = {t.n, t.x.data(), t.x_weight.data(), t.y.data(), t.y_weight.data()};
-  const PointKernel kernels[] = {{cells, wave, t.a + t.b, kesto::chosen_vector_target()}};
-  const Complex factor = kesto::rayleigh_factor(*this);
-  kesto::superpose_sums(*this, kernels, factor, [&](int i, const CartesianCoordinate& p) {
-    if (!(p.z >= 0)) return kesto::no_kernel;
-    if (!kesto::is_at_node(t, p)) return 0;
-    superpose_complex_pressure(i, kesto::rayleigh_sum_on_face(t, wave, p) * factor);
-    return kesto::no_kernel;
+  const Wave wave = wave_or_default(medium_of(*this));
+  if (is_silent(*this)) return 0;
+  require_complex_output(*this);
+  const RectangleTables t(*this);
+  const CellsOfRectangle cells = {t.n, t.x.data(), t.x_weight.data(), t.y.data(), t.y_weight.data()};
+  const PointKernel kernels[] = {{cells, wave, std::fabs(t.a) + std::fabs(t.b), chosen_vector_target()}};
+  const Complex factor = rectangle_rayleigh_factor(*this);
+  superpose_sums(*this, kernels, factor, [&](int i, const CartesianCoordinate& p) {
+    if (!(p.z >= 0)) return no_kernel;
+    if (!is_at_node(t, p)) return 0;
+    superpose_complex_pressure(i, rayleigh_sum_on_face(t, wave, p) * factor);
+    return no_kernel;
   });
   return 0;
 }
 
 int RectangularTransducer::impulse_begin_and_end_times() {
-  kesto::require_grid_and_medium(*this);
+  require_grid_and_medium(*this);
   const double a = width * 0.5, b = height * 0.5, c = medium->_soundspeed;
   impulse_begin_time = std::numeric_limits<double>::max();
   impulse_end_time = 0;
-  kesto::for_each_local_point(*this, [&](int, const CartesianCoordinate& p) {
+  for_each_local_point(*this, [&](int, const CartesianCoordinate& p) {
     const double x = std::fabs(p.x), y = std::fabs(p.y);
     const double beside_x = x > a ? x - a : 0, beside_y = y > b ? y - b : 0;  // the projection from the face
     const double nearest = std::sqrt(beside_y * beside_y + p.z * p.z + beside_x * beside_x);

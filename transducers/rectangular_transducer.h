@@ -8,7 +8,7 @@
 // The rule is expected on [-1, 1]. Without f0 in the medium each computation warns and takes the wavelength of 1 MHz,
 // while f0 as it is stored, 0, stays in attenuation and factors. Computations not listed here answer 1.
 //
-// A piston is silent until its amplitude or phase is set, by the last constructor or later.
+// A piston is silent until its weight is set, by the last constructor or later.
 class RectangularTransducer : public kesto::DecliningTransducer {
  public:
   RectangularTransducer() = default;
@@ -47,7 +47,7 @@ class RectangularTransducer : public kesto::DecliningTransducer {
   // Small radiators, each with its own far field, more of them for nearer points: s = sqrt(4 lambda z / n), m =
   // (floor(width / s) + 1) (floor(height / s) + 1) nodes in either direction, m^2 radiators. Leaves the rule with the m
   // nodes of the last point. Points with z = 0 get nothing. The phase runs forward, e^{+jkR}, and attenuation grows
-  // with distance: callers rely on it. Error: more radiators than an index holds.
+  // with distance: callers rely on it. Error: more nodes than an index can count, so close to the face.
   int radiator_cw() override;
 
   // The earliest and the latest time at which a grid point hears the face, with the element's delay. An empty grid

@@ -23,9 +23,9 @@ struct CellsOfCap {
     const double d = roc;
     const Double<T> z = p.z - d, s = p.x * p.x + p.y * p.y + z * z;
     for (int meridian = 0; meridian < n; ++meridian) {
-      const Double<T> d_cosine_x = d * cosine_phi[meridian] * p.x, d_z = d * z;
+      const double d_cosine_phi = d * cosine_phi[meridian];
       sum.add(n, [&](int i) KESTO_INLINE_LAMBDA {
-        const Double<T> distance = sqrt<T>(s - 2 * (d_cosine_x * sine[i] - d_z * cosine[i]) + d * d);
+        const Double<T> distance = sqrt<T>(s - 2 * (d_cosine_phi * sine[i] * p.x - d * cosine[i] * z) + d * d);
         return WaveTerms<T>{{area[i] / distance}, {distance}};
       });
     }
@@ -36,15 +36,15 @@ struct CellsOfCap {
 
 int cap_fnm_cw(Transducer& element, CapFace face) {
   const Medium& medium = medium_of(element);
-  const Wave wave = wave_in(medium);
+  const Wave wave = wave_or_default(medium);
   if (is_silent(element)) return 0;
   require_complex_output(element);
-  const RimTables tables(*element.integral);
+  const CapRimTables tables(*element.integral);
   for_each_cap(element, face, [&](const Cap& cap, Complex weight) {
     const RimOfCap rim = {cap, tables.n, tables.cosine.data(), tables.weight.data()};
     const PointKernel kernels[] = {{rim, wave, 2 * cap.roc, chosen_vector_target()}};
     const Complex at_focus = focal_value(cap, medium, wave) * weight;
-    superpose_sums(element, kernels, rim_factor(cap, medium) * weight, [&](int i, const CartesianCoordinate& p) {
+    superpose_sums(element, kernels, cap_rim_factor(cap, medium) * weight, [&](int i, const CartesianCoordinate& p) {
       if (cap.is_behind(p)) return no_kernel;
       if (!cap.is_focus(p)) return 0;
       element.superpose_complex_pressure(i, at_focus);
@@ -63,10 +63,10 @@ int cap_rayleigh_cw(Transducer& element, CapFace face) {
   const ScratchArray<double> cosine_phi(n);
   fill_cosines_of_midpoints(cosine_phi, n, pi);
   for_each_cap(element, face, [&](const Cap& cap, Complex weight) {
-    const RingTables rings(cap, n);
+    const CapRingTables rings(cap, n);
     const CellsOfCap cells = {cap.roc, n, cosine_phi.data(), rings.sine.data(), rings.cosine.data(), rings.area.data()};
     const PointKernel kernels[] = {{cells, wave, 2 * cap.roc, chosen_vector_target()}};
-    const Complex factor = rayleigh_factor(medium, weight);
+    const Complex factor = cap_rayleigh_factor(medium, weight);
     superpose_sums(element, kernels, factor, [&](int i, const CartesianCoordinate& p) {
       if (cap.is_behind(p)) return no_kernel;
       if (!is_apex(p)) return 0;

@@ -15,8 +15,8 @@ struct CapFace {
   double inner = 0;  // aperture radius of the hole, m; 0 for a full cap
 };
 
-// The rim integral of McGough and Kelly's fast nearest method for a shell; at the centre of curvature its limit,
-// j 2 pi rho f0 (depth) e^{-(alpha + jk) roc} w with f0 as stored.
+// The rim integral of McGough and Kelly's fast nearest method for a shell; at the centre of curvature its lossless
+// limit, j 2 pi rho f0 (depth) w, times e^{-(alpha + jk) roc}, with f0 as stored.
 int cap_fnm_cw(Transducer& element, CapFace face);
 
 // In single precision, four abscissas at a time; those beyond a multiple of four are left out.

@@ -24,12 +24,12 @@ struct FloatPoint {
 
 int cap_fnm_cw_sse(Transducer& element, CapFace face) {
   const Medium& medium = medium_of(element);
-  const Wave wave = wave_in(medium);
+  const Wave wave = wave_or_default(medium);
   if (is_silent(element)) return 0;
   require_complex_output(element);
   const Float4 minus_k = broadcast_ps(static_cast<float>(-wave.wavenumber));
   const Float4 minus_alpha = broadcast_ps(static_cast<float>(-wave.attenuation));
-  const RimTables tables(*element.integral);
+  const CapRimTables tables(*element.integral);
   const ScratchArray<double> sine_squared(tables.n);
   for (int i = 0; i < tables.n; ++i) sine_squared[i] = (1 - tables.cosine[i]) * (1 + tables.cosine[i]);
   for_each_cap(element, face, [&](const Cap& cap, Complex weight) {
@@ -57,7 +57,7 @@ int cap_fnm_cw_sse(Transducer& element, CapFace face) {
         sum.re += g * (re - re0);
         sum.im += g * (im - im0);
       }
-      return sum.total() * rim_factor(cap, medium) * weight;
+      return sum.total() * cap_rim_factor(cap, medium) * weight;
     });
   });
   return 0;
@@ -65,15 +65,17 @@ int cap_fnm_cw_sse(Transducer& element, CapFace face) {
 
 int cap_rayleigh_cw_sse(Transducer& element, CapFace face) {
   const Medium& medium = medium_of(element);
-  const Wave wave = wave_in(medium);
+  const Wave wave = wave_or_default(medium);
   if (is_silent(element)) return 0;
   require_complex_output(element);
   const Float4 minus_k = broadcast_ps(static_cast<float>(-wave.wavenumber));
   const Float4 minus_alpha = broadcast_ps(static_cast<float>(-wave.attenuation));
   const int n = element.integral->get_npoints();
+  const ScratchArray<double> cosine_phi(n);
+  fill_cosines_of_midpoints(cosine_phi, n, pi);
   for_each_cap(element, face, [&](const Cap& cap, Complex weight) {
-    const RingTables rings(cap, n);
-    const Complex factor = rayleigh_factor(medium, weight);
+    const CapRingTables rings(cap, n);
+    const Complex factor = cap_rayleigh_factor(medium, weight);
     const float d = static_cast<float>(cap.roc);
     const auto in_reach = [&](const CartesianCoordinate& p) { return !cap.is_behind(p); };
     superpose_values(element, in_reach, [&](const CartesianCoordinate& local) -> Complex {
@@ -81,7 +83,7 @@ int cap_rayleigh_cw_sse(Transducer& element, CapFace face) {
       const FloatPoint p(local, cap.roc);
       ComplexSum4 sum;
       for (int meridian = 0; meridian < n; ++meridian) {
-        const float d_cosine_x = d * static_cast<float>(std::cos(midpoint(meridian, n, pi))) * p.x;
+        const float d_cosine_x = d * static_cast<float>(cosine_phi[meridian]) * p.x;
         for (int i = 0; i + 4 <= n; i += 4) {
           const Float4 sine = rounded_ps(&rings.sine[i]), cosine = rounded_ps(&rings.cosine[i]);
           const Float4 distance = sqrt_ps(p.r2 + p.z * p.z - 2 * (d_cosine_x * sine - d * p.z * cosine) + d * d);

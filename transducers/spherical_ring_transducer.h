@@ -4,7 +4,8 @@
 #include "transducers/axisymmetric_transducer.h"
 
 // A spherical shell less a smaller one of the same curvature, placed like SphericalTransducer; with an inner radius of
-// 0 its fields are the shell's to the bit. Computations not listed here answer 1.
+// 0 its fields are the shell's to the bit. Each of the two by itself sends nothing behind its own rim plane and outside
+// the sphere. Computations not listed here answer 1, but for the three stages of a decomposition, which are errors.
 class SphericalRingTransducer : public kesto::AxisymmetricTransducer {
  public:
   SphericalRingTransducer() = default;

@@ -5,6 +5,7 @@
 int TriangleTransducer::fnm_cw() {
   kesto::frequency_of_wavelength(kesto::medium_of(*this));
   kesto::require_grid_and_rule(*this);
+  InitializeRotationMatrix();
   debug(2);
   kesto::for_each_local_point(*this, [](int, const CartesianCoordinate&) {});
   return 0;

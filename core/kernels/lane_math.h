@@ -1,8 +1,7 @@
 // exp and sincos of all lanes at once.
 //
-// Each keeps to its worst error on its range of arguments and means nothing outside it, NaN included. A kernel that
-// cannot vouch for its arguments gathers outside() over a block of points and, should any lane be out, computes the
-// block again with Arguments::any, which asks for every vector and leaves those with an outlier to libm.
+// Each keeps to its worst error on its range of arguments and means nothing outside it, NaN included. Where a kernel
+// cannot vouch for its arguments, Arguments::any asks of every vector and leaves those with an outlier to libm.
 #pragma once
 
 #include <cmath>

@@ -94,8 +94,9 @@ class PointKernel {
     }
     const double by_phase = sincos_range / std::fabs(wave.wavenumber),
                  by_loss = exp_range / std::fabs(wave.attenuation);
-    if (by_phase > reach && by_loss > reach) {  // neither, should anything be NaN
-      const double farthest = std::min(by_phase, by_loss) - reach;
+    const double beyond = std::fabs(reach);
+    if (by_phase > beyond && by_loss > beyond) {  // neither, should anything be NaN
+      const double farthest = std::min(by_phase, by_loss) - beyond;
       farthest_squared_ = std::min(farthest * farthest, 1e300);
     }
   }

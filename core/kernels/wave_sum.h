@@ -32,8 +32,7 @@ struct WaveTerms {
 
 // sum over terms of coefficient (e^{-(alpha + jk) distance} - reference), with a reference of 0 unless one is set.
 //
-// Products and sums are rounded like those of the scalar formula, but for the accumulation itself, which is fused where
-// the target can.
+// Phases are rounded like those of the scalar formula; the accumulation is fused where the target can.
 template <class Target, bool lossy, Arguments arguments>
 class WaveSum {
  public:
