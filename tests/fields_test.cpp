@@ -189,8 +189,8 @@ plain::Sum plain_sum(int n, int groups_of, double attenuation) {
           alpha,
           alpha,
           frequency,
-          {rule.abscissa, rule.abscissa + n},
-          {rule.weight, rule.weight + n},
+          {{rule.abscissa, rule.abscissa + n}},
+          {{rule.weight, rule.weight + n}},
           n / groups_of * groups_of};
 }
 

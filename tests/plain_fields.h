@@ -15,13 +15,20 @@ namespace plain {
 
 using Complex = std::complex<double>;
 
+// Counts are ints throughout.
+struct Values {
+  std::vector<double> values;
+  double operator[](int i) const { return values[static_cast<std::size_t>(i)]; }
+  int size() const { return static_cast<int>(values.size()); }
+};
+
 struct Sum {
-  double k, alpha;           // of the waves E(R)
-  double reference_alpha;    // of the reference wave
-  double f0;                 // Hz
-  std::vector<double> x, w;  // the rule on [-1, 1]
-  int columns;               // of the inner loop of a double sum; the first so many nodes of a single one
-  int n() const { return static_cast<int>(x.size()); }
+  double k, alpha;         // of the waves E(R)
+  double reference_alpha;  // of the reference wave
+  double f0;               // Hz
+  Values x, w;             // the rule on [-1, 1]
+  int columns;             // of the inner loop of a double sum; the first so many nodes of a single one
+  int n() const { return x.size(); }
 
   static Complex wave(double k, double alpha, double d) {
     return std::exp(-alpha * d) * Complex(std::cos(k * d), -std::sin(k * d));
