@@ -31,6 +31,10 @@ class PlaneCases {
     compare("fnm_cw, lossy", nearest(lossy, straight_), times(lossy.nearest_over_rayleigh(), attenuated), 1e-12);
     compare("fnm_cw, lossless, oblique plane", nearest(water, oblique_), rayleigh_sum(*geometry_.face, water, oblique_),
             1e-12);
+    Fluid same_turn = water;
+    same_turn.turn = turn_of_core;
+    compare("fnm_cw, lossless, k of the fine sum with the core's pi", nearest(water, straight_),
+            rayleigh_sum(*geometry_.face, same_turn, straight_), 1e-13);
     if (geometry_.name == "rectangle") {
       const double limit = 1e-12;
       compare("rayleigh_cw, lossless", rayleigh(water, nodes, plain), lossless, limit);

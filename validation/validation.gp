@@ -24,15 +24,14 @@ points_in_plane = '320 320 320 280 280'
 set output 'convergence.png'
 set multiplot layout 1, 2 title 'The fast nearest method (full lines) and the library''s Rayleigh sum (dashes), lossless'
 set xlabel 'terms at a point'
-set key bottom right
+set key below
 plot for [i = 1:5] 'convergence.csv' using (of(i, 'fnm_cw', $4)):5 with linespoints pointtype 7 pointsize 0.4 \
        linewidth 1.5 linecolor rgb colour(i) title name(i), \
      for [i = 1:5] 'convergence.csv' using (of(i, 'rayleigh_cw', $4)):5 with lines dashtype 2 linewidth 1.5 \
        linecolor rgb colour(i) notitle
 set xlabel 'time at a point (s)'
-unset key
 plot for [i = 1:5] 'convergence.csv' using (of(i, 'fnm_cw', $6) / word(points_in_plane, i)):5 \
-       with linespoints pointtype 7 pointsize 0.4 linewidth 1.5 linecolor rgb colour(i) notitle, \
+       with linespoints pointtype 7 pointsize 0.4 linewidth 1.5 linecolor rgb colour(i) title name(i), \
      for [i = 1:5] 'convergence.csv' using (of(i, 'rayleigh_cw', $6) / word(points_in_plane, i)):5 with lines \
        dashtype 2 linewidth 1.5 linecolor rgb colour(i) notitle
 unset multiplot
@@ -41,7 +40,7 @@ unset multiplot
 set output 'abscissas.png'
 set title 'fnm\_cw: convergence in the number of abscissas, lossless'
 set xlabel 'abscissas'
-set key top right
+set key inside top right
 set format x '%g'
 set xrange [2:600]
 plot for [i = 1:5] 'convergence.csv' using (of(i, 'fnm_cw', $3)):5 with linespoints pointtype 7 pointsize 0.5 \
