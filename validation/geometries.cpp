@@ -92,6 +92,7 @@ Geometry flat_ring(const char* name, double inner, double outer) {
     return disc_pattern(outer, k, angle) - (inner > 0 ? disc_pattern(inner, k, angle) : Complex());
   };
   g.radius = outer;
+  g.hole = inner;
   g.roc = 0;
   g.plane = plane_before_flat_face(outer);
   g.rims = g.cells = inner == 0 ? 1 : 2;
@@ -109,6 +110,7 @@ Geometry spherical_zone(const char* name, double inner, double outer, double roc
   g.on_axis = [=](const Fluid& fluid, double z) { return spherical_axis(fluid, inner, outer, roc, z); };
   g.pattern = [=](double k, double angle, double) { return spherical_pattern(inner, outer, roc, k, angle); };
   g.radius = outer;
+  g.hole = inner;
   g.roc = roc;
   g.plane = plane_before_bowl(outer, roc);
   g.rims = g.cells = inner == 0 ? 1 : 2;
@@ -129,6 +131,7 @@ Geometry rectangle(double width, double height) {
     return width * height * sinc(x) * sinc(y);
   };
   g.radius = std::hypot(width, height) / 2;
+  g.hole = 0;
   g.roc = 0;
   g.plane = plane_before_flat_face(width / 2);
   double terms = 0;

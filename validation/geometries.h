@@ -23,14 +23,15 @@ struct Geometry {
   // The Fraunhofer integral of e^{jk n.r} over the face, n = (sine cos azimuth, sine sin azimuth, cosine).
   std::function<Complex(double k, double angle, double azimuth)> pattern;
 
-  double radius;  // of the smallest circle about the face, m
-  double roc;     // radius of curvature, m; 0 where flat
-  Points plane;   // in y = 0, from a quarter of a wavelength before the face on, to beyond the rim
+  double radius = 0;  // of the smallest circle about the face, m
+  double hole = 0;    // radius of the hole, m; 0 for none
+  double roc = 0;     // radius of curvature, m; 0 where flat
+  Points plane;       // in y = 0, from a quarter of a wavelength before the face on, to beyond the rim
 
   // Terms that the library sums at a point, for n nodes: rims n of the fast nearest method, cells n^2 of its Rayleigh
   // sum. The rectangle's edges are whole or split at a foot: 4 to 8 n, the mean of its plane.
-  double rims;
-  double cells;
+  double rims = 0;
+  double cells = 0;
 };
 
 std::vector<Geometry> geometries();

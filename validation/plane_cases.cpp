@@ -27,6 +27,7 @@ class PlaneCases {
     const Field lossless = rayleigh_sum(*geometry_.face, water, straight_);
     const Field attenuated = rayleigh_sum(*geometry_.face, lossy, straight_);
     compare_references(lossless);
+    look_behind();
     compare("fnm_cw, lossless", nearest(water, straight_), lossless, 1e-12);
     compare("fnm_cw, lossy", nearest(lossy, straight_), times(lossy.nearest_over_rayleigh(), attenuated), 1e-12);
     compare("fnm_cw, lossless, oblique plane", nearest(water, oblique_), rayleigh_sum(*geometry_.face, water, oblique_),
@@ -88,6 +89,29 @@ class PlaneCases {
       closed.push_back(geometry_.on_axis(lossy, p.z) / lossy.nearest_over_rayleigh());
     }
     compare("the fine sum itself, on the axis, lossy", rayleigh_sum(*geometry_.face, lossy, axis), closed, 1e-12);
+  }
+
+  // Nothing is computed behind the face. A spherical annulus has two rim planes; between them the cap is left out and
+  // the smaller one that it lacks is not.
+  void look_behind() {
+    Points behind, between_rims;
+    const double rim = std::asin(geometry_.roc > 0 ? geometry_.radius / geometry_.roc : 1);
+    const double hole_depth =
+        geometry_.roc - std::sqrt(geometry_.roc * geometry_.roc - geometry_.hole * geometry_.hole);
+    for (const double s : {0.25, 1.0, 4.0}) {
+      for (const double part : spaced(0, 0.9, 10)) {
+        const double beyond = s * water.wavelength(), theta = part * rim, r = geometry_.roc + beyond;
+        const Point at_sphere = {r * std::sin(theta), 0, geometry_.roc - r * std::cos(theta)};
+        const bool flat = geometry_.roc == 0;
+        const Point p = flat ? Point{part * geometry_.radius, 0, -beyond} : at_sphere;
+        (flat || geometry_.hole == 0 || p.z < hole_depth ? behind : between_rims).push_back(p);
+      }
+    }
+    const double peak = largest(nearest(water, straight_));
+    report_.add({geometry_.name + ", fnm_cw behind the face", largest(nearest(water, behind)) / peak, 0});
+    if (between_rims.empty()) return;
+    const std::string name = geometry_.name + ", fnm_cw behind the face, between its rim planes: not nothing";
+    report_.note(name, largest(nearest(water, between_rims)) / peak);
   }
 
   // Midpoint cells: a small error that falls with the square of their size.
