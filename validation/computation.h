@@ -22,7 +22,7 @@ class Computation {
   // Throws when the geometry does not offer the method.
   Field field(Method method);
 
-  // Median time of one call (s): at least five, and as many as fill some 10 ms.
+  // Processor time of a call (s), the mean of as many as fill a millisecond.
   double seconds(Method method);
 
  private:

@@ -1,5 +1,4 @@
 // What an accuracy costs: the fewest nodes, terms and microseconds of both methods, on the same points in the same run.
-#include <functional>
 #include <limits>
 #include <map>
 #include <string>
@@ -17,7 +16,8 @@ constexpr int most_cells = 4096;  // a direction
 
 struct Cost {
   int nodes = 0;
-  double terms = 0, seconds = 0;  // at a point; of a call
+  double terms = 0;    // at a point
+  double seconds = 0;  // of a call, median
 };
 
 class Search {
@@ -31,7 +31,7 @@ class Search {
   Cost nearest(double accuracy) {
     int n = most_abscissas;
     while (n >= 1 && nearest_errors_[static_cast<std::size_t>(n - 1)] <= accuracy) --n;
-    return n == most_abscissas ? Cost() : cost(&Transducer::fnm_cw, n + 1, geometry_.rims * (n + 1));
+    return n == most_abscissas ? Cost() : Cost{n + 1, geometry_.rims * (n + 1)};
   }
 
   // By doubling and then halving the interval; errors are taken to fall.
@@ -50,15 +50,12 @@ class Search {
       const int middle = (enough + too_few) / 2;
       (reached(middle) ? enough : too_few) = middle;
     }
-    return cost(&Transducer::rayleigh_cw, enough, geometry_.cells * enough * enough);
+    return {enough, geometry_.cells * enough * enough};
   }
 
  private:
   double error(Method method, int n) const {
     return error_of(library_field(geometry_, water, points_, n, method), reference_);
-  }
-  Cost cost(Method method, int n, double terms) const {
-    return {n, terms, Computation(geometry_, water, points_, n).seconds(method)};
   }
 
   const Geometry& geometry_;
@@ -68,11 +65,25 @@ class Search {
   std::map<int, double> rayleigh_errors_;
 };
 
+// In turn, so that both meet the same machine.
+void time_both(const Geometry& geometry, const Points& points, Cost& nearest, Cost& rayleigh) {
+  Computation fast(geometry, water, points, nearest.nodes), plain(geometry, water, points, rayleigh.nodes);
+  std::vector<double> fast_seconds, plain_seconds;
+  for (int run = 0; run < 7; ++run) {
+    fast_seconds.push_back(fast.seconds(&Transducer::fnm_cw));
+    plain_seconds.push_back(plain.seconds(&Transducer::rayleigh_cw));
+  }
+  nearest.seconds = median(fast_seconds);
+  rayleigh.seconds = median(plain_seconds);
+}
+
 void compare_costs(Report& report, Table& table, const Geometry& geometry, const std::vector<double>& accuracies) {
   const Points points = every(geometry.plane, report.quick ? 5 : 1);
   Search search(geometry, points);
   for (const double accuracy : accuracies) {
-    const Cost nearest = search.nearest(accuracy), rayleigh = search.rayleigh(accuracy);
+    Cost nearest = search.nearest(accuracy), rayleigh = search.rayleigh(accuracy);
+    const bool found = nearest.nodes > 0 && rayleigh.nodes > 0;
+    if (found) time_both(geometry, points, nearest, rayleigh);
     const double per_point = 1e6 / static_cast<double>(points.size());
     table.row("%s,%g,%d,%.6g,%.4g,%d,%.6g,%.4g,%.4g,%.4g", geometry.name.c_str(), accuracy, nearest.nodes,
               nearest.terms, nearest.seconds * per_point, rayleigh.nodes, rayleigh.terms, rayleigh.seconds * per_point,
@@ -81,7 +92,6 @@ void compare_costs(Report& report, Table& table, const Geometry& geometry, const
     std::snprintf(name, sizeof name, "%s to %g %%: %d abscissas, %d^2 cells, %.0f x faster; terms by cells",
                   geometry.name.c_str(), accuracy * 100, nearest.nodes, rayleigh.nodes,
                   rayleigh.seconds / nearest.seconds);
-    const bool found = nearest.nodes > 0 && rayleigh.nodes > 0;
     report.add({name, found ? nearest.terms / rayleigh.terms : std::numeric_limits<double>::quiet_NaN(), 0.5});
   }
 }

@@ -39,6 +39,12 @@ Points every(const Points& points, int stride) {
   return result;
 }
 
+double median(std::vector<double> values) {
+  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+  std::nth_element(values.begin(), middle, values.end());
+  return *middle;
+}
+
 double largest(const Field& field) {
   double value = 0;
   for (const Complex p : field) {

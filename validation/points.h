@@ -24,6 +24,8 @@ Points turned(const Points& points, double angle);
 
 Points every(const Points& points, int stride);
 
+double median(std::vector<double> values);
+
 double largest(const Field& field);
 
 // max |field - reference| over max |reference|. NaN where either has one.
