@@ -11,6 +11,6 @@ void far_field_cases(Report& report);    // Fraunhofer patterns
 void bowl_cases(Report& report);         // the published bowl
 void convergence_cases(Report& report);  // the error against the number of abscissas
 void efficiency_cases(Report& report);   // the terms and the time that an accuracy takes
-void near_face_cases(Report& report);    // the abscissas that small distances from the face take
+void abscissa_cases(Report& report);     // how many abscissas height and frequency ask for
 
 }  // namespace kesto::validation

@@ -20,7 +20,7 @@ class PlaneCases {
       : report_(report),
         table_(table),
         geometry_(geometry),
-        straight_(every(geometry.plane, report.quick ? 7 : 1)),
+        straight_(every(geometry.plane, report.quick ? 9 : 1)),
         oblique_(turned(straight_, azimuth)) {}
 
   void run() {

@@ -22,6 +22,7 @@ Points on_axis(const std::vector<double>& z);
 // Turned about the z axis.
 Points turned(const Points& points, double angle);
 
+// A stride coprime to the points of a row visits all columns.
 Points every(const Points& points, int stride);
 
 double median(std::vector<double> values);
