@@ -1,5 +1,7 @@
 // The library's fields in planes, near field included, against a far finer Rayleigh sum.
+#include <algorithm>
 #include <cmath>
+#include <string>
 
 #include "validation/cases.h"
 #include "validation/computation.h"
@@ -28,6 +30,7 @@ class PlaneCases {
     const Field attenuated = rayleigh_sum(*geometry_.face, lossy, straight_);
     compare_references(lossless);
     look_behind();
+    if (geometry_.roc > 0 && geometry_.hole == 0) look_on_sphere();
     compare("fnm_cw, lossless", nearest(water, straight_), lossless, 1e-12);
     compare("fnm_cw, lossy", nearest(lossy, straight_), times(lossy.nearest_over_rayleigh(), attenuated), 1e-12);
     compare("fnm_cw, lossless, oblique plane", nearest(water, oblique_), rayleigh_sum(*geometry_.face, water, oblique_),
@@ -112,6 +115,20 @@ class PlaneCases {
     if (between_rims.empty()) return;
     const std::string name = geometry_.name + ", fnm_cw behind the face, between its rim planes: not nothing";
     report_.note(name, largest(nearest(water, between_rims)) / peak);
+  }
+
+  // A point computed to lie on the sphere is off it by rounding, to either side.
+  void look_on_sphere() {
+    Points points;
+    const double rim = std::asin(geometry_.radius / geometry_.roc);
+    for (int i = 1; i < 1000; ++i) {
+      const double theta = rim * i / 1001;
+      points.push_back({geometry_.roc * std::sin(theta), 0, geometry_.roc - geometry_.roc * std::cos(theta)});
+    }
+    const Field field = library_field(geometry_, water, points, 64, &Transducer::fnm_cw);
+    const auto nothing = std::count(field.begin(), field.end(), Complex());
+    report_.note(geometry_.name + ", fnm_cw: of 999 points on the sphere so many get nothing",
+                 static_cast<double>(nothing));
   }
 
   // Midpoint cells: a small error that falls with the square of their size.
