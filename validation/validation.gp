@@ -1,0 +1,111 @@
+# Pictures of the validation's tables in the working directory.
+
+if (strstrt(GPVAL_TERMINALS, 'pngcairo')) {
+  set terminal pngcairo size 1100, 520 font 'sans,11' enhanced
+} else {
+  set terminal png size 1100, 520 enhanced
+}
+set datafile separator ','
+set tics nomirror
+set grid linecolor 'gray85'
+geometries = "disc annulus rectangle shell 'spherical annulus'"
+colours = '#0072b2 #56b4e9 #009e73 #d55e00 #e69f00'
+name(i) = word(geometries, i)
+colour(i) = word(colours, i)
+mine(i) = strcol(1) eq name(i)
+
+# The error against terms and time: full lines the fast nearest method, dashes the Rayleigh sum.
+set logscale xy
+set format '10^{%T}'
+set ylabel 'error / largest |p|'
+set yrange [1e-14:3]
+of(i, method, v) = mine(i) && strcol(2) eq method ? v : NaN
+points_in_plane = '320 320 320 280 280'
+set output 'convergence.png'
+set multiplot layout 1, 2 title 'The fast nearest method (full lines) and the library''s Rayleigh sum (dashes), lossless'
+set xlabel 'terms at a point'
+set key below
+plot for [i = 1:5] 'convergence.csv' using (of(i, 'fnm_cw', $4)):5 with linespoints pointtype 7 pointsize 0.4 \
+       linewidth 1.5 linecolor rgb colour(i) title name(i), \
+     for [i = 1:5] 'convergence.csv' using (of(i, 'rayleigh_cw', $4)):5 with lines dashtype 2 linewidth 1.5 \
+       linecolor rgb colour(i) notitle
+set xlabel 'time at a point (s)'
+plot for [i = 1:5] 'convergence.csv' using (of(i, 'fnm_cw', $6) / word(points_in_plane, i)):5 \
+       with linespoints pointtype 7 pointsize 0.4 linewidth 1.5 linecolor rgb colour(i) title name(i), \
+     for [i = 1:5] 'convergence.csv' using (of(i, 'rayleigh_cw', $6) / word(points_in_plane, i)):5 with lines \
+       dashtype 2 linewidth 1.5 linecolor rgb colour(i) notitle
+unset multiplot
+
+# The method alone, against its abscissas.
+set output 'abscissas.png'
+set title 'fnm\_cw: convergence in the number of abscissas, lossless'
+set xlabel 'abscissas'
+set key inside top right
+set format x '%g'
+set xrange [2:600]
+plot for [i = 1:5] 'convergence.csv' using (of(i, 'fnm_cw', $3)):5 with linespoints pointtype 7 pointsize 0.5 \
+  linewidth 1.5 linecolor rgb colour(i) title name(i)
+unset logscale
+set format '%g'
+set autoscale
+
+# On the axis.
+set output 'axis.png'
+set multiplot layout 2, 3 title 'On the axis, lossless: fnm\_cw (points) and closed forms (lines)'
+set xlabel 'z (mm)'
+set ylabel '|p| / (rho c w)'
+unset key
+unset title
+modulus(i, re, im) = mine(i) && strcol(2) eq 'lossless' ? sqrt(re**2 + im**2) / 1.5e6 : NaN
+do for [i = 1:5] {
+  set title name(i)
+  plot 'axis.csv' using ($3 * 1e3):(modulus(i, $6, $7)) with lines linecolor rgb colour(i), \
+       'axis.csv' using ($3 * 1e3):(modulus(i, $4, $5)) every 4 with points pointtype 6 pointsize 0.6 linecolor 'black'
+}
+unset multiplot
+
+# Far-field patterns.
+set output 'patterns.png'
+set multiplot layout 2, 3 title 'At 256 a^2 / wavelength: fnm\_cw (points) and Fraunhofer patterns (lines)'
+set logscale y
+set yrange [1e-5:1.5]
+set format y '10^{%T}'
+set xlabel 'angle (degrees)'
+set ylabel '|p| / largest'
+do for [i = 1:5] {
+  set title name(i)
+  plot 'patterns.csv' using 2:(mine(i) ? $4 : NaN) with lines linecolor rgb colour(i), \
+       'patterns.csv' using 2:(mine(i) ? $3 : NaN) every 2 with points pointtype 6 pointsize 0.5 linecolor 'black'
+}
+unset multiplot
+unset logscale
+set format '%g'
+set autoscale
+
+# The published bowl.
+set output 'bowl_axis.png'
+set title 'Bowl in water, on the axis: fnm\_cw and published values'
+set xlabel 'z (mm)'
+set ylabel '|p| (MPa)'
+set key top right
+$published << END
+51.763,0.547205510
+61.9315,1.09441102
+64,1.07748763
+78.011,0.547205510
+END
+plot 'bowl_axis.csv' using 1:($2 * 1e-6) with lines linewidth 1.5 linecolor rgb colour(1) title 'fnm\_cw', \
+     $published using 1:2 with points pointtype 7 linecolor rgb colour(4) title 'published: -6 dB, peak, focus, -6 dB'
+
+set output 'bowl_plane.png'
+set title 'Bowl in water, plane y = 0: |p| by fnm\_cw, 241 x 141 points'
+set ylabel 'x (mm)'
+set cblabel '|p| (MPa)'
+set size ratio -1
+unset grid
+unset key
+set autoscale xfix
+set autoscale yfix
+set palette defined (0 '#440154', 1 '#472d7b', 2 '#3b528b', 3 '#2c728e', 4 '#21918c', 5 '#28ae80', 6 '#5ec962', \
+                     7 '#addc30', 8 '#fde725')
+plot 'bowl_plane.csv' using 1:2:($3 * 1e-6) with image
