@@ -15,14 +15,14 @@
 
 namespace kesto {
 
-// `value` where t lies within the open interval from 0 to `width`, else 0.
-template <class V>
-KESTO_INLINE V within_open(V t, double width, V value) {
-  return t > 0.0 ? (t < width ? value : V{}) : V{};
+// `value` where t lies between 0 and `width`, else 0.
+template <class T>
+KESTO_INLINE Double<T> within_open(Double<T> t, double width, Double<T> value) {
+  return where_top_bit<T>(bits_of<T>(0.0 - t) & bits_of<T>(t - width), value);
 }
-template <class V>
-KESTO_INLINE V within_closed(V t, double width, V value) {
-  return t >= 0.0 ? (t <= width ? value : V{}) : V{};
+template <class T>
+KESTO_INLINE Double<T> within_closed(Double<T> t, double width, Double<T> value) {
+  return where_top_bit<T>(~(bits_of<T>(t) | bits_of<T>(width - t)), value);
 }
 
 struct ToneBurstLanes {
@@ -36,11 +36,11 @@ struct ToneBurstLanes {
 
   template <class T>
   KESTO_INLINE Double<T> at(Double<T> t) const {
-    return within_open(t, width, A0 * sincos<T>(omega * t).sin);
+    return within_open<T>(t, width, A0 * sincos<T>(omega * t).sin);
   }
   template <class T>
   KESTO_INLINE Double<T> derivative(Double<T> t) const {
-    return within_closed(t, width, slope * sincos<T>(omega * t).cos);
+    return within_closed<T>(t, width, slope * sincos<T>(omega * t).cos);
   }
   template <class T>
   KESTO_INLINE void spatial_terms(Double<T> d, Double<T>* out) const {
@@ -65,13 +65,13 @@ struct HanningPulseLanes {
 
   template <class T>
   KESTO_INLINE Double<T> at(Double<T> t) const {
-    return within_open(t, width, A0 * (1.0 - sincos<T>(omega_w * t).cos) * sincos<T>(omega * t).sin);
+    return within_open<T>(t, width, A0 * (1.0 - sincos<T>(omega_w * t).cos) * sincos<T>(omega * t).sin);
   }
   template <class T>
   KESTO_INLINE Double<T> derivative(Double<T> t) const {
     const SinCos<T> carrier = sincos<T>(omega * t), envelope = sincos<T>(omega_w * t);
-    return within_open(t, width,
-                       A0 * ((1.0 - envelope.cos) * omega * carrier.cos + carrier.sin * envelope.sin * omega_w));
+    return within_open<T>(t, width,
+                          A0 * ((1.0 - envelope.cos) * omega * carrier.cos + carrier.sin * envelope.sin * omega_w));
   }
   template <class T>
   KESTO_INLINE void spatial_terms(Double<T> d, Double<T>* out) const {
@@ -100,14 +100,14 @@ struct TCubedPulseLanes {
 
   template <class T>
   KESTO_INLINE Double<T> at(Double<T> t) const {
-    return within_open(t, width, A0 * (t * t * t) * exp<T>(-B * t) * sincos<T>(omega * t).sin);
+    return within_open<T>(t, width, A0 * (t * t * t) * exp<T>(-B * t) * sincos<T>(omega * t).sin);
   }
   template <class T>
   KESTO_INLINE Double<T> derivative(Double<T> t) const {
     const Double<T> decay = exp<T>(-B * t), squared = t * t, cubed = squared * t;
     const SinCos<T> w = sincos<T>(omega * t);
-    return within_open(t, width,
-                       3 * A0 * squared * decay * w.sin + omega * cubed * decay * w.cos - B * cubed * decay * w.sin);
+    return within_open<T>(t, width,
+                          3 * A0 * squared * decay * w.sin + omega * cubed * decay * w.cos - B * cubed * decay * w.sin);
   }
   template <class T>
   KESTO_INLINE void spatial_terms(Double<T> d, Double<T>* out) const {

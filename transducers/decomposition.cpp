@@ -111,10 +111,8 @@ KESTO_INLINE void superpose_points(const PulseLanes& pulse, const Decomposition:
     if (k >= references.first && k < references.last) {
       const double sample = k;
       const Double<T> v = pulse.template at<T>(w.times[k] - reference - w.time_delay) * weight_sum;
-      const Double<T> within = broadcast<T>(sample) >= reference_spans.first
-                                   ? (broadcast<T>(sample) < reference_spans.last ? v : Double<T>{})
-                                   : Double<T>{};
-      value = value - within;
+      const Bits<T> within = bits_of<T>(sample - reference_spans.last) & ~bits_of<T>(sample - reference_spans.first);
+      value = value - where_top_bit<T>(within, v);
     }
     value = value * w.amplitude;
     double* const line = w.buffer + k * w.points;

@@ -99,7 +99,8 @@ struct Avx512 {
 };
 
 // Comparisons go straight into ?: and are nested there. Joined by &, | or ~ in a KESTO_INLINE function, GCC 12 takes
-// them apart lane by lane on AVX-512, at fifteen times the instructions.
+// them apart lane by lane on AVX-512, at fifteen times the instructions. Nested ones with a common outcome it joins by
+// itself: where that could be, tell bounds by the signs of differences, with where_top_bit.
 template <class Target>
 using Double = typename Lanes<Target::width>::Double;
 template <class Target>
@@ -108,6 +109,17 @@ using Bits = typename Lanes<Target::width>::Bits;
 template <class Target>
 KESTO_INLINE Double<Target> broadcast(double value) {
   return value - Double<Target>{};  // the one form that folds away and keeps the sign of 0
+}
+
+template <class Target>
+KESTO_INLINE Bits<Target> bits_of(Double<Target> v) {
+  return reinterpret_cast<Bits<Target>>(v);
+}
+
+// `value` in the lanes whose top bit is set, else 0.
+template <class Target>
+KESTO_INLINE Double<Target> where_top_bit(Bits<Target> bits, Double<Target> value) {
+  return reinterpret_cast<typename Lanes<Target::width>::Int>(bits) < 0 ? value : Double<Target>{};
 }
 
 #if KESTO_X86_64

@@ -1,0 +1,126 @@
+// The transient fields beside the plain direct form at -O2, timed in turn within one run.
+//
+// Rows: form / shape / pulse / abscissas / sampling frequency / vector target. Counters: microseconds a point, how many
+// times faster than the plain direct form, and the largest difference from it over the field's maximum.
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include "bench/plain_transient_o2.h"
+#include "bench/timing.h"
+#include "core/kernels/vector_target.h"
+#include "core/medium.h"
+#include "core/numerical_integration.h"
+#include "excitation/hanning_pulse.h"
+#include "excitation/tone_burst.h"
+#include "transducers/circular_transducer.h"
+#include "transducers/spherical_transducer.h"
+
+namespace {
+
+constexpr double rho = 1000, speed = 1500, radius = 8e-3, roc = 30e-3;
+
+enum class Form { direct, decomposed };
+enum class Shape { disc, shell };
+enum class Pulse { hanning, tone };
+
+struct Row {
+  Form form;
+  Shape shape;
+  Pulse pulse;
+  int abscissas;
+  double sampling;  // Hz
+  kesto::VectorTarget target;
+};
+
+// 24 x 32 points before the face and about the focus; from before the first arrival to after the last.
+void transient(benchmark::State& state, Row row) {
+  setenv("KESTO_VECTOR_TARGET", kesto::name_of(row.target), 1);
+  Medium medium;
+  medium._soundspeed = speed, medium._rho_density = rho;
+  CoordinateGrid grid;
+  grid.RegularCoordinateGrid(0, 6.9e-3, 0, 0, 15e-3, 38.25e-3, 0.3e-3, 1e-3, 0.75e-3);
+  const std::size_t points = static_cast<std::size_t>(grid.npoints);
+  TimeSamples time(1 / row.sampling, 7e-6, 35e-6);
+  const std::size_t samples = static_cast<std::size_t>(time.nt);
+  NumericalIntegration rule;
+  rule.allocate_memory(row.abscissas);
+  rule.gauss_quadrature();
+  const std::vector<double> x(rule.abscissa, rule.abscissa + row.abscissas);
+  const std::vector<double> w(rule.weight, rule.weight + row.abscissas);
+  HanningPulse hanning(1, 2e6, 1.5e-6, 0, 2);
+  ToneBurst tone(1, 2e6, 1.5e-6, 0, 1);
+  ExcitationFunction* const pulse = row.pulse == Pulse::hanning ? static_cast<ExcitationFunction*>(&hanning) : &tone;
+  CircularTransducer disc(radius, 1, 0);
+  SphericalTransducer shell(radius, roc, 1, 0);
+  Transducer& element = row.shape == Shape::disc ? static_cast<Transducer&>(disc) : shell;
+  element.excitation = pulse;
+  element.set_medium(&medium), element.set_global_coordinate_grid(&grid), element.set_integral_pointer(&rule);
+  element.set_time_vector(&time);
+
+  std::vector<double> field(points * samples), trace(samples), times, ratios;
+  std::vector<std::vector<double>> plain(points, trace);
+  element.set_transient_pressure_pointer(field.data());
+  for (auto _ : state) {
+    const double plain_time = seconds([&] {
+      for (std::size_t i = 0; i < points; ++i) {
+        const CartesianCoordinate p = grid.spatial_index_value(static_cast<int>(i));
+        const PlainRays rays = row.shape == Shape::disc ? plain_disc_rays(radius, rho, speed, x, w, p)
+                                                        : plain_cap_rays(radius, roc, rho, speed, x, w, p);
+        plain_direct(rays, *pulse, time.time_index_value(0), 1 / row.sampling, time.nt, plain[i].data());
+      }
+    });
+    rule.gauss_quadrature();
+    std::fill(field.begin(), field.end(), 0.0);
+    const double time_taken = seconds([&] { row.form == Form::direct ? element.fnm_transient() : element.fnm_tsd(); });
+    state.SetIterationTime(time_taken);
+    times.push_back(time_taken);
+    ratios.push_back(plain_time / time_taken);
+  }
+  double worst = 0, largest = 0;
+  for (std::size_t i = 0; i < points; ++i) {
+    for (std::size_t k = 0; k < samples; ++k) {
+      largest = std::max(largest, std::fabs(plain[i][k]));
+      worst = std::max(worst, std::fabs(plain[i][k] - field[i + k * points]));
+    }
+  }
+  if (!(worst <= 1e-11 * largest)) state.SkipWithError("differs from the plain loops");
+  state.counters["us_a_point"] = median(times) * 1e6 / static_cast<double>(points);
+  state.counters["speedup"] = median(ratios);
+  state.counters["difference"] = worst / largest;
+  unsetenv("KESTO_VECTOR_TARGET");
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  for (const Form form : {Form::direct, Form::decomposed}) {
+    for (const Shape shape : {Shape::disc, Shape::shell}) {
+      for (const Pulse pulse : {Pulse::hanning, Pulse::tone}) {
+        for (const int n : {16, 50}) {
+          for (const double sampling : {16e6, 64e6}) {
+            for (const kesto::VectorTarget target : kesto::all_vector_targets) {
+              if (!kesto::is_available(target)) continue;
+              const std::string name = std::string(form == Form::direct ? "direct" : "decomposed") +
+                                       (shape == Shape::disc ? "/disc" : "/shell") +
+                                       (pulse == Pulse::hanning ? "/hanning/" : "/tone/") + std::to_string(n) + "/" +
+                                       std::to_string(static_cast<int>(sampling / 1e6)) + "MHz/" + name_of(target);
+              benchmark::RegisterBenchmark(name.c_str(), transient, Row{form, shape, pulse, n, sampling, target})
+                  ->UseManualTime()
+                  ->Iterations(5);
+            }
+          }
+        }
+      }
+    }
+  }
+  benchmark::Initialize(&argc, argv);
+  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+  benchmark::RunSpecifiedBenchmarks();
+  benchmark::Shutdown();
+  return 0;
+}
