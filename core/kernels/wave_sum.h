@@ -58,11 +58,10 @@ class WaveSum {
       finish(begun);
       begun = begun_next;
     }
-    if (n > 1) {
+    for (int rest = n > 1 ? 2 : 1; rest > 0; --rest) {
       finish(begun);
       begun = begin(next);
     }
-    finish(begun);
   }
 
   template <int count>
