@@ -43,8 +43,10 @@ void superpose_sums(Transducer& element, const PointKernel (&kernels)[count], st
   const auto flush = [&](int kernel, PointBlock& block, bool in_range) {
     if (block.count == 0) return;
     kernels[kernel].sum(block, in_range);
-    for (int n = 0; n < block.count; ++n) {
-      element.superpose_complex_pressure(block.index[n], std::complex<double>(block.re[n], block.im[n]) * scale);
+    for (int n = 0; n < block.count; ++n) {  // by its parts: std::complex would look for infinities
+      const double re = block.re[n], im = block.im[n];
+      element.superpose_complex_pressure(
+          block.index[n], {re * scale.real() - im * scale.imag(), re * scale.imag() + im * scale.real()});
     }
     block.count = 0;
   };
