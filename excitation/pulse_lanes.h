@@ -58,33 +58,35 @@ struct HanningPulseLanes {
   bool factors_last() const { return true; }
 
   explicit HanningPulseLanes(const HanningPulse& p)
-      : A0(p.A0), omega(p.omega), omega_w(p.omega_w), width(p.pulse_width) {}
+      : A0(p.A0), omega(p.omega), omega_w(p.omega_w), width(p.pulse_width), envelope(two_pi / p.pulse_width) {}
   bool fits(double longest) const {
-    return std::fabs(omega) * longest <= sincos_range && std::fabs(omega_w) * longest <= sincos_range;
+    return std::fabs(omega) * longest <= sincos_range && std::fabs(omega_w) * longest <= sincos_range &&
+           std::fabs(envelope) * longest <= sincos_range;
   }
 
   template <class T>
   KESTO_INLINE Double<T> at(Double<T> t) const {
-    return within_open<T>(t, width, A0 * (1.0 - sincos<T>(omega_w * t).cos) * sincos<T>(omega * t).sin);
+    return within_open<T>(t, width, A0 * (1.0 - sincos<T>(envelope * t).cos) * sincos<T>(omega * t).sin);
   }
   template <class T>
   KESTO_INLINE Double<T> derivative(Double<T> t) const {
-    const SinCos<T> carrier = sincos<T>(omega * t), envelope = sincos<T>(omega_w * t);
+    const SinCos<T> carrier = sincos<T>(omega * t), swell = sincos<T>(envelope * t);
     return within_open<T>(t, width,
-                          A0 * ((1.0 - envelope.cos) * omega * carrier.cos + carrier.sin * envelope.sin * omega_w));
+                          A0 * ((1.0 - swell.cos) * omega * carrier.cos + carrier.sin * swell.sin * envelope));
   }
   template <class T>
   KESTO_INLINE void spatial_terms(Double<T> d, Double<T>* out) const {
-    const SinCos<T> carrier = sincos<T>(omega * d), envelope = sincos<T>(omega_w * d);
+    const SinCos<T> carrier = sincos<T>(omega * d), swell = sincos<T>(omega_w * d);
     out[0] = A0 * carrier.cos;
     out[1] = A0 * carrier.sin;
-    out[2] = envelope.cos * out[0];
-    out[3] = envelope.cos * out[1];
-    out[4] = envelope.sin * out[0];
-    out[5] = envelope.sin * out[1];
+    out[2] = swell.cos * out[0];
+    out[3] = swell.cos * out[1];
+    out[4] = swell.sin * out[0];
+    out[5] = swell.sin * out[1];
   }
 
   double A0, omega, omega_w, width;
+  double envelope;  // of the value; omega_w is that of the terms
 };
 
 struct TCubedPulseLanes {

@@ -4,7 +4,7 @@
 
 #include "transducers/cap_parts.h"
 #include "transducers/point_road.h"
-#include "transducers/transient.h"
+#include "transducers/traces.h"
 
 namespace kesto {
 
@@ -85,16 +85,14 @@ int cap_impulse_response(Transducer& element, CapFace face) {
   require_transient_output(element);
   const TimeAxis axis(element);
   const double c = element.medium->_soundspeed;
-  const ScratchArray<double> trace(axis.samples);
   for_each_signed_cap(face, [&](const Cap& cap, double sign) {
-    for_each_local_point(element, [&](int i, const CartesianCoordinate& p) {
+    superpose_traces(element, axis.samples, [&](const CartesianCoordinate& p, double* trace) {
       const CapPoint point(p, cap, c);
       for (int k = 0; k < axis.samples; ++k) {
         const double h =
             point.centre == 0 ? response_at_centre(cap, c, axis, k) : point.response(axis.times[k] - axis.time_delay);
         trace[k] = sign * h * element.amplitude;
       }
-      element.superpose_transient_pressure(i, trace.data());
     });
   });
   return 0;

@@ -47,7 +47,7 @@ void for_each_cap_ray_block(Transducer& element, const Cap& cap, int nodes, Behi
 }
 
 auto fill_in_double(const RimOfCap& rim, double c) {
-  return [rim, c, function = OutermostRays<RimOfCap>::on(chosen_vector_target())](RayBlock& block) {
+  return [rim, c, function = function_on<OutermostRays<RimOfCap>>(chosen_vector_target())](RayBlock& block) {
     function(rim, {c}, block);
   };
 }
@@ -122,12 +122,8 @@ int cap_fnm_transient(Transducer& element, CapFace face, BehindCap behind) {
     for_each_cap_ray_block(element, cap, tables.n, behind, fill, focal, [&](const RayBlock& block) {
       const Span window = sum.reach(block);
       traces.clear(block.count, window);
-      for (int p = 0; p < block.count; ++p) {
-        const double minus_sum = -block.weight_sum[p];
-        sum.add(&block.weight[p], &block.delay[p], RayBlock::capacity, block.n, window, traces.of(p));
-        sum.add(&minus_sum, &block.reference[p], 1, 1, window, traces.of(p));
-      }
-      traces.superpose(element, block, window, element.amplitude);
+      for (int p = 0; p < block.count; ++p) sum.add(block, p, window, traces.of(p));
+      traces.superpose(element, block.index, block.count, window, element.amplitude);
     });
   });
   return 0;

@@ -4,10 +4,11 @@
 #include "transducers/axisymmetric_transducer.h"
 
 // The face lies in the local plane z = 0 about the origin; points behind it (z < 0) get nothing. core/transducer.h says
-// what an element needs before a computation, transducers/disc.h what each computes. Those not listed here answer 1,
-// but for the three stages of a decomposition, which are errors.
+// what an element needs before a computation, transducers/disc.h what each computes. Those not
+// listed here answer 1, but for the three stages of a decomposition, which are errors.
 //
-// A piston is silent until its weight is set, by the last constructor or later.
+// Continuous waves are silent until the weight is set, by the last constructor or later; transients go by the
+// amplitude, which starts at 1.
 class CircularTransducer : public kesto::AxisymmetricTransducer {
  public:
   CircularTransducer() = default;

@@ -30,15 +30,29 @@ struct SpanLanes {
   Double<T> first, last;
 };
 
-// TimeAxis::within_pulse in lanes, for a pulse that starts and one that ends with these travel times.
+// TimeAxis::first_within and end_of in lanes.
 template <class T>
-KESTO_INLINE SpanLanes<T> within_pulse(const Decomposition::Work& w, Double<T> starts, Double<T> ends) {
+KESTO_INLINE Double<T> first_within(const Decomposition::Work& w, Double<T> travel_time) {
+  const Double<T> position = (travel_time + w.time_delay - w.start) * w.per_sample;
+  return -floor_of<T>(-clamped<T>(position, w.samples));
+}
+template <class T>
+KESTO_INLINE Double<T> end_of(const Decomposition::Work& w, Double<T> position) {
   const double count = w.samples;
-  const Double<T> first = (starts + w.time_delay - w.start) * w.per_sample;
-  const Double<T> last = (ends + w.time_delay - w.start + w.pulse_width) * w.per_sample;
-  // Clamped before it is rounded as well, to what can be rounded in place.
-  return {clamped<T>(-floor_of<T>(-clamped<T>(first, count)), count),
-          clamped<T>(floor_of<T>(clamped<T>(last + 1.0, count)), count)};
+  const Double<T> bounded = position > -1.0 ? (position < count ? position : broadcast<T>(count)) : broadcast<T>(-1.0);
+  return clamped<T>(floor_of<T>(bounded) + 1.0, count);
+}
+
+// TimeAxis::within_pulse and within_cut_pulse in lanes.
+template <class T>
+KESTO_INLINE SpanLanes<T> within_pulse(const Decomposition::Work& w, Double<T> travel_time) {
+  return {first_within<T>(w, travel_time),
+          end_of<T>(w, (travel_time + w.time_delay - w.start + w.pulse_width) * w.per_sample)};
+}
+template <class T>
+KESTO_INLINE SpanLanes<T> within_cut_pulse(const Decomposition::Work& w, Double<T> starts, Double<T> travel_time) {
+  return {first_within<T>(w, starts),
+          end_of<T>(w, (travel_time + w.time_delay + w.pulse_width - w.start) * w.per_sample)};
 }
 
 template <class T>
@@ -61,7 +75,7 @@ KESTO_INLINE Span scatter_rays(const PulseLanes& pulse, const Decomposition::Wor
   for (int j = 0; j < block.n; ++j) {
     const Double<T> weight = load<width>(&block.weight[RayBlock::capacity * j + p]);
     const Double<T> delay = load<width>(&block.delay[RayBlock::capacity * j + p]);
-    const SpanLanes<T> spans = within_pulse<T>(w, delay, delay);
+    const SpanLanes<T> spans = within_pulse<T>(w, delay);
     Double<T> factors[terms];
     pulse.template spatial_terms<T>(delay, factors);
     double of_ray[terms][width];
@@ -87,7 +101,7 @@ KESTO_INLINE void superpose_points(const PulseLanes& pulse, const Decomposition:
   const Span rays = scatter_rays<PulseLanes, T>(pulse, w, block, p);
   const Double<T> reference = load<width>(block.reference + p), weight_sum = load<width>(block.weight_sum + p);
   const SpanLanes<T> reference_spans =
-      within_pulse<T>(w, w.cut_reference ? load<width>(block.first + p) : reference, reference);
+      w.cut_reference ? within_cut_pulse<T>(w, load<width>(block.first + p), reference) : within_pulse<T>(w, reference);
   const Span references = union_of<T>(reference_spans);
 
   int count = block.count - p;
@@ -161,13 +175,7 @@ Laned laned(const ExcitationFunction& signal, const TimeAxis& axis) {
   const double longest = axis.longest() + std::fabs(axis.time_delay) + pulse->pulse_width;
   const PulseLanes lanes(*pulse);
   if (!lanes.fits(longest) || !lanes.factors_last()) return nullptr;
-  switch (chosen_vector_target()) {
-#if KESTO_X86_64
-    case VectorTarget::avx2: return Outermost<PulseLanes>::avx2;
-    case VectorTarget::avx512: return Outermost<PulseLanes>::avx512;
-#endif
-    default: return Outermost<PulseLanes>::baseline;
-  }
+  return function_on<Outermost<PulseLanes>>(chosen_vector_target());
 }
 
 Laned laned_for(const ExcitationFunction& signal, const TimeAxis& axis) {
@@ -184,13 +192,14 @@ Decomposition::Decomposition(Transducer& element, const TimeAxis& axis, Decompos
       axis_(axis),
       form_(form),
       laned_(laned_for(signal_, axis)),
-      terms_(signal_.number_of_tsd_terms() * (form.complex_terms && laned_ == nullptr ? 2 : 1)),
+      complex_(form.complex_terms && laned_ == nullptr),
+      terms_(signal_.number_of_tsd_terms() * (complex_ ? 2 : 1)),
       temporal_(table_size(axis.samples)),
       differences_(laned_ != nullptr ? widest * table_size(axis.samples + 1) : 0),
       spatial_(terms_),
+      complex_spatial_(complex_ ? terms_ / 2 : 0),
       traces_(laned_ != nullptr ? 0 : axis.samples) {
-  const int n = signal_.number_of_tsd_terms();
-  if (terms_ == n) {
+  if (!complex_) {
     signal_.temporal_tsd(temporal_.data(), element.time_vector, axis.samples, axis.time_delay);
   } else {
     // Re(s T) = Re s Re T + Im s (-Im T): a complex term is two real ones.
@@ -207,21 +216,26 @@ Decomposition::Decomposition(Transducer& element, const TimeAxis& axis, Decompos
 
 void Decomposition::superpose(const RayBlock& block, bool cut_reference) {
   if (laned_ == nullptr) return superpose_ray_by_ray(block, cut_reference);
-  laned_(signal_, {&block, axis_.times.data(), temporal_.data(), axis_.samples, axis_.start, axis_.per_sample,
-                   axis_.time_delay, signal_.get_pulse_width(), element_.amplitude, cut_reference, form_.float_traces,
-                   differences_.data(), element_.transient_pressure, element_.global_coordinate_grid->npoints});
+  Work w;
+  w.block = &block;
+  w.times = axis_.times.data(), w.temporal = temporal_.data(), w.samples = axis_.samples;
+  w.start = axis_.start, w.per_sample = axis_.per_sample, w.time_delay = axis_.time_delay;
+  w.pulse_width = signal_.get_pulse_width(), w.amplitude = element_.amplitude;
+  w.cut_reference = cut_reference, w.float_traces = form_.float_traces;
+  w.differences = differences_.data();
+  w.buffer = element_.transient_pressure, w.points = element_.global_coordinate_grid->npoints;
+  laned_(signal_, w);
 }
 
 void Decomposition::add_ray(double weight, double delay, double* trace) {
-  const int n = signal_.number_of_tsd_terms();
-  if (terms_ == n) {
+  if (!complex_) {
     signal_.spatial_tsd(spatial_.data(), delay);
   } else {
-    const ScratchArray<std::complex<double>> factors(n);
-    signal_.spatial_tsd(factors.data(), delay);
-    for (int m = 0; m < n; ++m) {
-      spatial_[m] = factors[m].real();
-      spatial_[n + m] = factors[m].imag();
+    signal_.spatial_tsd(complex_spatial_.data(), delay);
+    const int half = terms_ / 2;
+    for (int m = 0; m < half; ++m) {
+      spatial_[m] = complex_spatial_[m].real();
+      spatial_[half + m] = complex_spatial_[m].imag();
     }
   }
   const Span span = axis_.within_pulse(delay, signal_.get_pulse_width());
@@ -241,16 +255,17 @@ void Decomposition::superpose_ray_by_ray(const RayBlock& block, bool cut_referen
     for (int j = 0; j < block.n; ++j) {
       add_ray(block.weight[RayBlock::capacity * j + p], block.delay[RayBlock::capacity * j + p], trace);
     }
-    const int first = axis_.within_pulse(cut_reference ? block.first[p] : block.reference[p], pulse_width).first;
-    const int last = axis_.within_pulse(block.reference[p], pulse_width).last;
-    for (int k = first; k < last; ++k) {
+    const Span span = cut_reference ? axis_.within_cut_pulse(block.first[p], block.reference[p], pulse_width)
+                                    : axis_.within_pulse(block.reference[p], pulse_width);
+    for (int k = span.first; k < span.last; ++k) {
       trace[k] -= signal_.at(axis_.times[k] - block.reference[p] - axis_.time_delay) * block.weight_sum[p];
     }
-    if (form_.float_traces) {
-      for (int k = 0; k < axis_.samples; ++k) trace[k] = static_cast<double>(static_cast<float>(trace[k]));
+    for (int k = 0; k < axis_.samples; ++k) {
+      trace[k] *= element_.amplitude;
+      if (form_.float_traces) trace[k] = static_cast<double>(static_cast<float>(trace[k]));
     }
   }
-  traces_.superpose(element_, block, all, element_.amplitude);
+  traces_.superpose(element_, block.index, block.count, all, 1);
 }
 
 }  // namespace kesto

@@ -1,8 +1,9 @@
 #include "transducers/direct_transient.h"
 
 #include <algorithm>
+#include <limits>
 
-#include "core/kernels/vector_target.h"
+#include "core/kernels/outermost.h"
 #include "excitation/pulse_lanes.h"
 
 namespace kesto {
@@ -18,11 +19,11 @@ inline Span reach_of(double delay, const DirectSum::Work& w) {
   return {first > w.window.first ? first : w.window.first, last};
 }
 
-// Beyond a window's last sample, where vectors overhang, the pulse is 0 or the trace is not looked at.
+// Vectors overhang the window's last sample: what they leave there is not of the sum.
 template <class PulseLanes, SignalForm form, class T>
 KESTO_INLINE void add_rays(const PulseLanes pulse, const DirectSum::Work w) {
-  for (int j = 0; j < w.n; ++j) {
-    const double weight = w.weight[std::ptrdiff_t{w.stride} * j], delay = w.delay[std::ptrdiff_t{w.stride} * j];
+  for (std::size_t j = 0; j < w.n; ++j) {
+    const double weight = w.weight[w.stride * j], delay = w.delay[w.stride * j];
     const Span reach = reach_of(delay, w);
     for (int k = reach.first; k < reach.last; k += T::width) {
       const Double<T> t = load<T::width>(w.times + k) - delay - w.then_subtracted;
@@ -34,7 +35,6 @@ KESTO_INLINE void add_rays(const PulseLanes pulse, const DirectSum::Work w) {
 
 template <class PulseLanes, SignalForm form>
 struct Outermost {
-  using Function = void (*)(const ExcitationFunction&, const DirectSum::Work&);
   static PulseLanes lanes_of(const ExcitationFunction& signal) {
     return PulseLanes(static_cast<const typename PulseLanes::Pulse&>(signal));
   }
@@ -49,27 +49,24 @@ struct Outermost {
     add_rays<PulseLanes, form, Avx512>(lanes_of(signal), w);
   }
 #endif
-  static Function on(VectorTarget target) {
-    switch (target) {
-#if KESTO_X86_64
-      case VectorTarget::avx2: return avx2;
-      case VectorTarget::avx512: return avx512;
-#endif
-      default: return baseline;
-    }
-  }
 };
 
-// The lane function of a signal, null where it is no pulse of that class or its phases are beyond the vector functions.
+using Laned = void (*)(const ExcitationFunction&, const DirectSum::Work&);
+
+// Null where the signal is no pulse of that class or its phases are beyond the vector functions.
 template <class PulseLanes>
-auto laned(const ExcitationFunction& signal, SignalForm form) {
-  typename Outermost<PulseLanes, SignalForm::value>::Function function = nullptr;
+Laned laned(const ExcitationFunction& signal, SignalForm form) {
   const auto* const pulse = dynamic_cast<const typename PulseLanes::Pulse*>(&signal);
-  if (pulse == nullptr || !PulseLanes(*pulse).fits(pulse->pulse_width)) return function;
+  if (pulse == nullptr || !PulseLanes(*pulse).fits(pulse->pulse_width)) return nullptr;
   const VectorTarget target = chosen_vector_target();
-  function = form == SignalForm::value ? Outermost<PulseLanes, SignalForm::value>::on(target)
-                                       : Outermost<PulseLanes, SignalForm::derivative>::on(target);
-  return function;
+  return form == SignalForm::value ? function_on<Outermost<PulseLanes, SignalForm::value>>(target)
+                                   : function_on<Outermost<PulseLanes, SignalForm::derivative>>(target);
+}
+
+Laned laned_for(const ExcitationFunction& signal, SignalForm form) {
+  if (const Laned tone = laned<ToneBurstLanes>(signal, form)) return tone;
+  if (const Laned hanning = laned<HanningPulseLanes>(signal, form)) return hanning;
+  return laned<TCubedPulseLanes>(signal, form);
 }
 
 }  // namespace
@@ -79,18 +76,16 @@ DirectSum::DirectSum(const ExcitationFunction& signal, SignalForm form, const Ti
       form_(form),
       axis_(axis),
       then_subtracted_(time_delay_first ? 0 : axis.time_delay),
-      times_(axis.samples + sample_padding),
-      laned_(laned<ToneBurstLanes>(signal, form)) {
-  for (int k = 0; k < axis.samples + sample_padding; ++k) {
+      times_(padded(axis.samples)),
+      laned_(laned_for(signal, form)) {
+  for (std::size_t k = 0; k < padded(axis.samples); ++k) {
     times_[k] = time_delay_first ? axis.times[k] - axis.time_delay : axis.times[k];
   }
-  if (laned_ == nullptr) laned_ = laned<HanningPulseLanes>(signal, form);
-  if (laned_ == nullptr) laned_ = laned<TCubedPulseLanes>(signal, form);
 }
 
 Span DirectSum::reach(const RayBlock& block) const {
   if (laned_ == nullptr || !axis_.regular) return {0, axis_.samples};
-  double earliest = block.reference[0], latest = earliest;
+  double earliest = std::numeric_limits<double>::infinity(), latest = -earliest;
   for (int p = 0; p < block.count; ++p) {
     earliest = std::min(earliest, block.reference[p]);
     latest = std::max(latest, block.reference[p]);
@@ -103,15 +98,22 @@ Span DirectSum::reach(const RayBlock& block) const {
   return {std::max(span.first - 1, 0), std::min(span.last + 1, axis_.samples)};
 }
 
-void DirectSum::add(const double* weight, const double* delay, int stride, int n, Span window, double* trace) const {
+void DirectSum::add(const double* weight, const double* delay, std::size_t stride, std::size_t n, Span window,
+                    double* trace) const {
   if (window.first >= window.last) return;
   if (laned_ != nullptr) {
-    laned_(signal_, {weight, delay, stride, n, times_.data(), then_subtracted_, trace, window,
-                     axis_.start - axis_.time_delay, axis_.per_sample, signal_.get_pulse_width(), axis_.regular});
+    Work w;
+    w.weight = weight, w.delay = delay, w.stride = stride, w.n = n;
+    w.times = times_.data(), w.then_subtracted = then_subtracted_;
+    w.trace = trace, w.window = window;
+    w.origin = axis_.start - axis_.time_delay, w.per_sample = axis_.per_sample;
+    w.pulse_width = signal_.get_pulse_width(), w.regular = axis_.regular;
+    laned_(signal_, w);
+    std::fill_n(trace + window.last, sample_padding, 0.0);
     return;
   }
-  for (int j = 0; j < n; ++j) {
-    const double w = weight[std::ptrdiff_t{stride} * j], travel_time = delay[std::ptrdiff_t{stride} * j];
+  for (std::size_t j = 0; j < n; ++j) {
+    const double w = weight[stride * j], travel_time = delay[stride * j];
     for (int k = window.first; k < window.last; ++k) {
       const double t = times_[k] - travel_time - then_subtracted_;
       trace[k] += w * (form_ == SignalForm::value ? signal_.at(t) : signal_.derivative(t));

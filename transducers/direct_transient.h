@@ -18,8 +18,16 @@ class DirectSum {
   DirectSum(const ExcitationFunction& signal, SignalForm form, const TimeAxis& axis, bool time_delay_first);
 
   // trace[k] += sum over n rays of weight_j v(t_k - delay_j - time delay), for the samples of `window`. Weights and
-  // delays lie `stride` apart; the trace has room for sample_padding values behind the axis' last sample.
-  void add(const double* weight, const double* delay, int stride, int n, Span window, double* trace) const;
+  // delays lie `stride` apart. Sets the sample_padding values behind the window to 0.
+  void add(const double* weight, const double* delay, std::size_t stride, std::size_t n, Span window,
+           double* trace) const;
+
+  // The same for point p of a block, less its reference ray.
+  void add(const RayBlock& block, int p, Span window, double* trace) const {
+    const double minus_sum = -block.weight_sum[p];
+    add(&block.weight[p], &block.delay[p], RayBlock::capacity, static_cast<std::size_t>(block.n), window, trace);
+    add(&minus_sum, &block.reference[p], 1, 1, window, trace);
+  }
 
   // Samples beyond which every ray of the block, reference included, is 0: all of them for signals that may reach
   // anywhere, and where samples lie anywhere.
@@ -28,7 +36,7 @@ class DirectSum {
   // Everything that lanes work on, for the functions that carry the target attribute.
   struct Work {
     const double *weight, *delay;
-    int stride, n;
+    std::size_t stride, n;
     const double* times;
     double then_subtracted;  // s, after the ray's delay
     double* trace;

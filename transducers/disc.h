@@ -1,7 +1,7 @@
 // Fields of a flat disc, and of an annulus as a disc less another: what the circular piston and the flat annulus share.
 //
-// The face lies in z = 0 about the origin and radiates towards +z; points with z < 0 get nothing. Each function adds to
-// the element's complex pressure and returns 0.
+// The face lies in z = 0 about the origin and radiates towards +z; points with z < 0 get nothing unless said otherwise.
+// Each function returns 0 and adds to the element's complex pressure, those in time to its transient pressure.
 #pragma once
 
 class Transducer;
@@ -55,7 +55,8 @@ int disc_fnm_tsd(Transducer& element, DiscFace face);
 int disc_fnm_fdtsd(Transducer& element, DiscFace face);  // through the signal's complex factors
 // Geometry in single precision, and samples rounded to it.
 int disc_fnm_tsd_low_precision(Transducer& element, DiscFace face);
-// All of it in single precision, four rays at a time.
+// All of it in single precision, four rays at a time. The factors of a t-cubed pulse pass what a float holds from
+// A0 e^{B t} = 3e38 on.
 int disc_fnm_tsd_sse(Transducer& element, DiscFace face);
 
 // The Rayleigh integral in time over the cells of disc_rayleigh_cw, with the excitation's derivative.

@@ -4,7 +4,7 @@
 
 #include "transducers/disc_parts.h"
 #include "transducers/point_road.h"
-#include "transducers/transient.h"
+#include "transducers/traces.h"
 
 namespace kesto {
 
@@ -25,9 +25,10 @@ struct DiscResponse {
 
   double at(double t, const DiscArrivals& arrivals) const {
     if (r > a) return t >= arrivals.near_rim && t <= arrivals.far_rim ? arc(t) : 0;
-    if (r == a) {
+    if (r == a && r != 0) {
       if (!(t >= arrivals.axial && t <= arrivals.far_rim)) return 0;
-      return c * c * t * t == z * z ? c : arc(t);
+      const double sphere = c * c * t * t;
+      return sphere == z * z ? c : sphere > z * z ? arc(t) : 0;
     }
     // The sphere lies within the disc until it meets the near rim; on the axis the whole rim is met at once.
     if (t >= arrivals.axial && t <= arrivals.near_rim) return c;
@@ -53,15 +54,13 @@ int disc_impulse_response(Transducer& element, DiscFace face) {
   require_transient_output(element);
   const TimeAxis axis(element);
   const double c = element.medium->_soundspeed;
-  const ScratchArray<double> trace(axis.samples);
   for_each_signed_disc(face, [&](double a, double sign) {
-    for_each_local_point(element, [&](int i, const CartesianCoordinate& p) {
+    superpose_traces(element, axis.samples, [&](const CartesianCoordinate& p, double* trace) {
       const DiscArrivals arrivals(p, a, c);
       const DiscResponse response = {a, c, arrivals.r, p.z};
       for (int k = 0; k < axis.samples; ++k) {
         trace[k] = sign * response.at(axis.times[k] - axis.time_delay, arrivals) * element.amplitude;
       }
-      element.superpose_transient_pressure(i, trace.data());
     });
   });
   return 0;

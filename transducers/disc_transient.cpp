@@ -48,7 +48,7 @@ void for_each_disc_ray_block(Transducer& element, const DiscRimTables& tables, F
 }
 
 auto fill_in_double(const RimOfDisc& rim, SoundSpeed c) {
-  return [rim, c, function = OutermostRays<RimOfDisc>::on(chosen_vector_target())](RayBlock& block) {
+  return [rim, c, function = function_on<OutermostRays<RimOfDisc>>(chosen_vector_target())](RayBlock& block) {
     function(rim, c, block);
   };
 }
@@ -105,17 +105,14 @@ int disc_fnm_transient(Transducer& element, DiscFace face) {
     const DiscRimTables tables(*element.integral, *element.medium, radius, sign);
     const SoundSpeed c = {element.medium->_soundspeed};
     for_each_disc_ray_block(element, tables, fill_in_double(tables.rim(), c), [&](const RayBlock& block) {
-      Span all = {axis.samples, 0};
-      for (int p = 0; p < block.count; ++p)
-        all = union_of(all, axis.between(block.first[p], block.last[p], pulse_width));
-      traces.clear(block.count, all);
+      Span windows[RayBlock::capacity], all = {axis.samples, 0};
       for (int p = 0; p < block.count; ++p) {
-        const Span window = axis.between(block.first[p], block.last[p], pulse_width);
-        const double minus_sum = -block.weight_sum[p];
-        sum.add(&block.weight[p], &block.delay[p], RayBlock::capacity, block.n, window, traces.of(p));
-        sum.add(&minus_sum, &block.reference[p], 1, 1, window, traces.of(p));
+        windows[p] = axis.between(block.first[p], block.last[p], pulse_width);
+        all = union_of(all, windows[p]);
       }
-      traces.superpose(element, block, all, element.amplitude);
+      traces.clear(block.count, all);
+      for (int p = 0; p < block.count; ++p) sum.add(block, p, windows[p], traces.of(p));
+      traces.superpose(element, block.index, block.count, all, element.amplitude);
     });
   });
   return 0;
@@ -189,7 +186,7 @@ int disc_rayleigh_transient(Transducer& element, DiscFace face) {
   const int n = element.integral->get_npoints();
   const std::size_t cells = static_cast<std::size_t>(n) * static_cast<std::size_t>(n);
   const ScratchArray<double> cosine(n), weight(cells), delay(cells);
-  const ScratchArray<double> trace(static_cast<std::size_t>(axis.samples + sample_padding));
+  const ScratchArray<double> trace(padded(axis.samples));
   fill_cosines_of_midpoints(cosine, n, pi);
   for_each_signed_disc(face, [&](double radius, double sign) {
     for_each_local_point(element, [&](int i, const CartesianCoordinate& p) {
@@ -205,9 +202,9 @@ int disc_rayleigh_transient(Transducer& element, DiscFace face) {
           delay[cell] = distance / c;
         }
       }
-      std::fill_n(trace.data(), axis.samples + sample_padding, 0.0);
+      std::fill_n(trace.data(), padded(axis.samples), 0.0);
       const Span window = axis.between(arrivals.first, arrivals.far_rim, pulse_width);
-      sum.add(weight.data(), delay.data(), 1, static_cast<int>(cells), window, trace.data());
+      sum.add(weight.data(), delay.data(), 1, cells, window, trace.data());
       for (int k = 0; k < axis.samples; ++k) trace[k] *= element.amplitude;
       element.superpose_transient_pressure(i, trace.data());
     });

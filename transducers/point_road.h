@@ -1,5 +1,4 @@
-// The road of every continuous-wave computation through its grid: fetch, rotate, skip or classify, sum, weight,
-// superpose.
+// The road of a computation through its grid: fetch, rotate, skip or classify, sum, weight, superpose.
 #pragma once
 
 #include <complex>

@@ -2,9 +2,10 @@
 // reference ray. Its field is sum_j weight_j [v(t - delay_j) - v(t - reference)].
 #pragma once
 
-#include <complex>
+#include <algorithm>
+#include <cstddef>
 
-#include "core/kernels/vector_target.h"
+#include "core/kernels/outermost.h"
 #include "core/kernels/wave_sum.h"
 #include "core/transducer.h"
 #include "transducers/point_road.h"
@@ -15,7 +16,8 @@ namespace kesto {
 struct RayBlock {
   static constexpr int capacity = 8;  // a multiple of every width
 
-  explicit RayBlock(int nodes) : n(nodes), weight(nodes * capacity), delay(nodes * capacity) {}
+  explicit RayBlock(int nodes) : n(nodes), weight(size_of(nodes)), delay(size_of(nodes)) {}
+  static std::size_t size_of(int nodes) { return static_cast<std::size_t>(std::max(nodes, 0)) * capacity; }
 
   int n;
   int count = 0;
@@ -57,7 +59,6 @@ KESTO_INLINE void fill_rays(const Rim rim, SoundSpeed c, RayBlock& block) {
 
 template <class Rim>
 struct OutermostRays {
-  using Function = void (*)(const Rim&, SoundSpeed, RayBlock&);
   static void baseline(const Rim& rim, SoundSpeed c, RayBlock& block) { fill_rays<Rim, Baseline>(rim, c, block); }
 #if KESTO_X86_64
   KESTO_TARGET_AVX2_FMA static void avx2(const Rim& rim, SoundSpeed c, RayBlock& block) {
@@ -67,15 +68,6 @@ struct OutermostRays {
     fill_rays<Rim, Avx512>(rim, c, block);
   }
 #endif
-  static Function on(VectorTarget target) {
-    switch (target) {
-#if KESTO_X86_64
-      case VectorTarget::avx2: return avx2;
-      case VectorTarget::avx512: return avx512;
-#endif
-      default: return baseline;
-    }
-  }
 };
 
 // Fills blocks of rays in the order of the grid and hands each to consume(block). accept(i, p) says whether a point has

@@ -8,7 +8,7 @@
 // The rule is expected on [-1, 1]. Without f0 in the medium each computation warns and takes the wavelength of 1 MHz,
 // while f0 as it is stored, 0, stays in attenuation and factors. Computations not listed here answer 1.
 //
-// A piston is silent until its weight is set, by the last constructor or later.
+// Continuous waves are silent until the weight is set, by the last constructor or later.
 class RectangularTransducer : public kesto::DecliningTransducer {
  public:
   RectangularTransducer() = default;

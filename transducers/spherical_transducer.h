@@ -5,10 +5,11 @@
 
 // A concave cap with its apex at the local origin, which radiates to its centre of curvature at (0, 0, roc); roc
 // exceeds the radius. core/transducer.h says what an element needs before a computation, transducers/spherical_cap.h
-// what each computes. Those not listed here answer 1,
-// but for the three stages of a decomposition, which are errors.
+// what each computes. Those not
+// listed here answer 1, but for the three stages of a decomposition, which are errors.
 //
-// A shell is silent until its weight is set, by the last constructor or later.
+// Continuous waves are silent until the weight is set, by the last constructor or later; transients go by the
+// amplitude, which starts at 1.
 class SphericalTransducer : public kesto::AxisymmetricTransducer {
  public:
   SphericalTransducer() = default;

@@ -13,7 +13,7 @@ TimeAxis::TimeAxis(const Transducer& element)
       per_sample(1 / element.time_vector->deltat()),
       time_delay(element.time_delay),
       regular(true),
-      times(samples + sample_padding) {
+      times(padded(samples)) {
   for (int k = 0; k < samples; ++k) {
     times[k] = element.time_vector->time_index_value(k);
     regular = regular && std::fabs((times[k] - start) * per_sample - k) < 0.5;

@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "core/host_api.h"
+#include "core/kernels/vector_target.h"
 #include "core/transducer.h"
 #include "excitation/excitation_function.h"
 
@@ -34,9 +35,17 @@ struct TimeAxis {
 
   // The samples within a pulse of this travel time, rounded inwards, the end included.
   Span within_pulse(double travel_time, double pulse_width) const {
-    return {clamped_index(std::ceil((travel_time + time_delay - start) * per_sample), samples),
-            clamped_index(std::floor((travel_time + time_delay - start + pulse_width) * per_sample) + 1, samples)};
+    return {first_within(travel_time), end_of((travel_time + time_delay - start + pulse_width) * per_sample)};
   }
+  // Those of a disc's reference wave, which starts elsewhere. The sum of its end has an order of its own, which decides
+  // where a sample lies on it: callers rely on it.
+  Span within_cut_pulse(double starts, double travel_time, double pulse_width) const {
+    return {first_within(starts), end_of((travel_time + time_delay + pulse_width - start) * per_sample)};
+  }
+  int first_within(double travel_time) const {
+    return clamped_index(std::ceil((travel_time + time_delay - start) * per_sample), samples);
+  }
+  int end_of(double position) const { return clamped_index(std::floor(position) + 1, samples); }
 
   double longest() const;  // largest |time|, s
 
@@ -51,6 +60,9 @@ struct TimeAxis {
 
 // Elements of scratch behind the last sample that vectors may read and write.
 constexpr int sample_padding = 8;
+static_assert(sample_padding >= static_cast<int>(VectorTarget::avx512));
+
+inline std::size_t padded(int samples) { return static_cast<std::size_t>(std::max(samples, 0)) + sample_padding; }
 
 // An error unless the element has a medium, a grid and a time vector and, where there are points, a buffer to add to.
 void require_transient_output(const Transducer& element);

@@ -11,7 +11,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "core/kernels/vector_target.h"
+#include "core/kernels/outermost.h"
 #include "core/kernels/wave_sum.h"
 
 namespace kesto {
@@ -49,26 +49,23 @@ KESTO_INLINE void sum_over_block(const Integrand integrand, Wave wave, PointBloc
   }
 }
 
-// The functions that carry the target attribute.
-template <class Integrand>
+template <class Integrand, bool lossy>
 struct OutermostSum {
-  template <bool lossy>
+  static const Integrand& of(const void* integrand) { return *static_cast<const Integrand*>(integrand); }
   static void baseline(const void* integrand, Wave wave, PointBlock& block) {
-    sum_over_block<Integrand, Baseline, lossy>(*static_cast<const Integrand*>(integrand), wave, block);
+    sum_over_block<Integrand, Baseline, lossy>(of(integrand), wave, block);
   }
 #if KESTO_X86_64
-  template <bool lossy>
   KESTO_TARGET_AVX2_FMA static void avx2(const void* integrand, Wave wave, PointBlock& block) {
-    sum_over_block<Integrand, Avx2Fma, lossy>(*static_cast<const Integrand*>(integrand), wave, block);
+    sum_over_block<Integrand, Avx2Fma, lossy>(of(integrand), wave, block);
   }
-  template <bool lossy>
   KESTO_TARGET_AVX512 static void avx512(const void* integrand, Wave wave, PointBlock& block) {
-    sum_over_block<Integrand, Avx512, lossy>(*static_cast<const Integrand*>(integrand), wave, block);
+    sum_over_block<Integrand, Avx512, lossy>(of(integrand), wave, block);
   }
 #endif
   // For points of any distance, and values that are not finite.
   static void any(const void* integrand, Wave wave, PointBlock& block) {
-    sum_over_block<Integrand, Baseline, true, Arguments::any>(*static_cast<const Integrand*>(integrand), wave, block);
+    sum_over_block<Integrand, Baseline, lossy, Arguments::any>(of(integrand), wave, block);
   }
 };
 
@@ -78,20 +75,11 @@ class PointKernel {
   // `reach`: no distance that enters the integral is larger than that of its point from the local origin and this.
   template <class Integrand>
   PointKernel(const Integrand& integrand, Wave wave, double reach, VectorTarget target)
-      : integrand_(&integrand), wave_(wave), any_(OutermostSum<Integrand>::any) {
-    using Outermost = OutermostSum<Integrand>;
-    const bool lossy = wave.attenuation != 0;
-    switch (target) {
-#if KESTO_X86_64
-      case VectorTarget::avx2:
-        in_range_ = lossy ? Outermost::template avx2<true> : Outermost::template avx2<false>;
-        break;
-      case VectorTarget::avx512:
-        in_range_ = lossy ? Outermost::template avx512<true> : Outermost::template avx512<false>;
-        break;
-#endif
-      default: in_range_ = lossy ? Outermost::template baseline<true> : Outermost::template baseline<false>;
-    }
+      : integrand_(&integrand),
+        wave_(wave),
+        in_range_(wave.attenuation != 0 ? function_on<OutermostSum<Integrand, true>>(target)
+                                        : function_on<OutermostSum<Integrand, false>>(target)),
+        any_(OutermostSum<Integrand, true>::any) {
     const double by_phase = sincos_range / std::fabs(wave.wavenumber),
                  by_loss = exp_range / std::fabs(wave.attenuation);
     const double beyond = std::fabs(reach);
