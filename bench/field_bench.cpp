@@ -1,5 +1,5 @@
-// Continuous-wave fields against plain scalar loops at -O2, whole call, timed in turn within one run; and the
-// processor's own bounds.
+// Continuous-wave fields against plain scalar loops at -O2, whole call, timed in turn within one run by the thread's
+// own time; and the processor's own bounds.
 //
 // A term is one wave of an integral at one point: an abscissa of a disc or shell, an abscissa of one edge of the
 // rectangle (an edge split at the foot is two), a cell of a Rayleigh sum. Counters: ns/term, plain (the same of the
@@ -160,8 +160,8 @@ void measure(benchmark::State& state, const Computation& computation, bool lossy
     element.zerofill_complex_pressure();
     std::fill(plain.re.begin(), plain.re.end(), 0);
     std::fill(plain.im.begin(), plain.im.end(), 0);
-    const double plain_time = seconds([&] { computation.plain(field); });
-    const double time = seconds([&] { (element.*computation.compute)(); });
+    const double plain_time = own_seconds([&] { computation.plain(field); });
+    const double time = own_seconds([&] { (element.*computation.compute)(); });
     difference = largest_difference(ours, plain);
     state.SetIterationTime(time);
     plain_times.push_back(plain_time);
@@ -232,7 +232,7 @@ double (*operate_on(VectorTarget target))() {
 void bound(benchmark::State& state, double (*body)()) {
   std::vector<double> cycles;
   for (auto _ : state) {
-    const double time = seconds([&] { benchmark::DoNotOptimize(body()); });
+    const double time = own_seconds([&] { benchmark::DoNotOptimize(body()); });
     state.SetIterationTime(time);
     cycles.push_back(time * cycles_per_second() / rounds / chains);
   }
