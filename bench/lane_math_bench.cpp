@@ -18,25 +18,6 @@ namespace {
 
 constexpr std::size_t n = 2048;  // of doubles: in the first-level cache
 
-// The processor's clock, from a chain of rotations of one cycle each.
-double cycles_per_second() {
-#if defined(__x86_64__)
-  constexpr int turns = 100000;
-  std::vector<double> times;
-  for (int trial = 0; trial < 9; ++trial) {
-    times.push_back(seconds([] {
-      unsigned long x = 1;
-      for (int i = 0; i < turns; ++i) {
-        __asm__ volatile("rol $1, %0\n\trol $1, %0\n\trol $1, %0\n\trol $1, %0\n\trol $1, %0\n\trol $1, %0" : "+r"(x));
-      }
-    }));
-  }
-  return 6.0 * turns / median(times);
-#else
-  return 1e9;  // cycles then read as nanoseconds
-#endif
-}
-
 struct Data {
   std::vector<double> a, b, ours[2], libm[2];
   Data() : a(n), b(n) {

@@ -1,40 +1,12 @@
 #include "examples/bowl_field.h"
 
-#include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <utility>
 
 namespace kesto::example {
 
 namespace {
-
-constexpr double pi = 3.14159265358979323846;
-
-struct GaussNode {
-  double x, weight;
-};
-
-// Gauss-Legendre nodes on [-1, 1]: the roots of P_n by Newton's method, n >= 2.
-std::vector<GaussNode> gauss_legendre(int n) {
-  std::vector<GaussNode> nodes;
-  for (int i = 0; i < n; ++i) {
-    double x = std::cos(pi * (i + 0.75) / (n + 0.5));
-    double slope = 0;
-    for (double change = 1; std::abs(change) > 1e-15;) {
-      double previous = 1, value = x;
-      for (int m = 2; m <= n; ++m) {
-        const double next = ((2 * m - 1) * x * value - (m - 1) * previous) / m;
-        previous = value;
-        value = next;
-      }
-      slope = n * (x * value - previous) / (x * x - 1);
-      change = value / slope;
-      x -= change;
-    }
-    nodes.push_back({x, 2 / ((1 - x * x) * slope * slope)});
-  }
-  return nodes;
-}
 
 // Where a function with one maximum between `a` and `b` has it: golden-section search.
 template <class F>
@@ -68,60 +40,45 @@ double place_of_level(F f, double level, double above, double below, double tole
 
 }  // namespace
 
-BowlField::BowlField(const FocusedBowl& bowl, int refinement)
-    : wavenumber_(2 * pi * bowl.frequency / bowl.soundspeed),
-      factor_(0, bowl.density * bowl.soundspeed * wavenumber_ * bowl.velocity / (2 * pi)),
-      refinement_(static_cast<std::size_t>(refinement)) {
-  const double radius = bowl.curvature_radius, aperture_radius = bowl.aperture_diameter / 2;
-  // The phase runs through at most k times the length of the meridian; two nodes per 2 pi of it are the limit.
-  const double half_angle = std::asin(aperture_radius / radius);
-  const int polar_nodes = refinement * (16 + static_cast<int>(wavenumber_ * radius * half_angle / 3));
-  std::size_t most_azimuths = 0;
-  for (const GaussNode& node : gauss_legendre(polar_nodes)) {
-    const double angle = half_angle * (1 + node.x) / 2;
-    const double meridian = radius * half_angle / 2 * node.weight;
-    const Ring ring = {radius * std::sin(angle), radius * (1 - std::cos(angle)),
-                       2 * pi * radius * std::sin(angle) * meridian};
-    most_azimuths = std::max(most_azimuths, azimuths(ring.radius, ring));
-    rings_.push_back(ring);
-  }
-  cosines_.resize(most_azimuths + 1);
-  for (std::size_t n = 1; n <= most_azimuths; ++n) {
-    for (std::size_t i = 0; i < n; ++i) {
-      cosines_[n].push_back(std::cos(pi * (static_cast<double>(i) + 0.5) / static_cast<double>(n)));
-    }
-  }
+BowlField::BowlField(const FocusedBowl& bowl, int abscissas)
+    : shell_(bowl.aperture_diameter / 2, bowl.curvature_radius, bowl.velocity, 0) {
+  fluid_._f0 = bowl.frequency;
+  fluid_._soundspeed = bowl.soundspeed;
+  fluid_._rho_density = bowl.density;
+  rule_.allocate_memory(abscissas);
+  rule_.gauss_quadrature();
+  shell_.set_medium(&fluid_);
+  shell_.set_integral_pointer(&rule_);
 }
 
-// Round the ring the phase swings by no more than k min(r, ring radius) either way. Midpoints converge like a Bessel
-// function in its order, 2 n here: fast, once the order is beyond the argument.
-std::size_t BowlField::azimuths(double r, const Ring& ring) const {
-  return refinement_ * (8 + static_cast<std::size_t>(0.6 * wavenumber_ * std::min(r, ring.radius)));
+std::complex<double> BowlField::on_axis(double z) {
+  CoordinateGrid point;
+  point.SinglePoint(0, 0, z);
+  return on(point).front();
 }
 
-std::complex<double> BowlField::pressure(double r, double z) const {
-  double real = 0, imag = 0;
-  for (const Ring& ring : rings_) {
-    const std::vector<double>& cosines = cosines_[azimuths(r, ring)];
-    const double height = z - ring.z;
-    const double mean_square = height * height + r * r + ring.radius * ring.radius;
-    const double swing = 2 * r * ring.radius;
-    double ring_real = 0, ring_imag = 0;
-    for (const double cosine : cosines) {
-      const double distance = std::sqrt(mean_square - swing * cosine);
-      const double phase = wavenumber_ * distance;
-      ring_real += std::cos(phase) / distance;
-      ring_imag -= std::sin(phase) / distance;
-    }
-    const double area = ring.area / static_cast<double>(cosines.size());
-    real += area * ring_real;
-    imag += area * ring_imag;
-  }
-  return factor_ * std::complex<double>(real, imag);
+std::vector<std::complex<double>> BowlField::on(const Grid& points) {
+  const auto first = [&](std::size_t axis) { return points.origin[axis]; };
+  const auto last = [&](std::size_t axis) { return points.coordinate(axis, points.points[axis] - 1); };
+  CoordinateGrid grid;
+  grid.RegularCoordinateGrid(first(0), last(0), first(1), last(1), first(2), last(2), points.spacing, points.spacing,
+                             points.spacing);
+  return on(grid);
 }
 
-AxialProfile axial_profile(const FocusedBowl& bowl, const BowlField& field) {
-  const auto amplitude = [&field](double z) { return std::abs(field.pressure(0, z)); };
+std::vector<std::complex<double>> BowlField::on(CoordinateGrid& points) {
+  const std::size_t n = static_cast<std::size_t>(points.npoints);
+  std::vector<double> re(n), im(n);
+  shell_.set_global_coordinate_grid(&points);
+  shell_.set_complex_pressure_pointers(re.data(), im.data());
+  shell_.fnm_cw();
+  std::vector<std::complex<double>> pressure(n);
+  for (std::size_t i = 0; i < n; ++i) pressure[i] = {re[i], im[i]};
+  return pressure;
+}
+
+AxialProfile axial_profile(const FocusedBowl& bowl, BowlField& field) {
+  const auto amplitude = [&field](double z) { return std::abs(field.on_axis(z)); };
   const double focus = bowl.curvature_radius;
   constexpr double tolerance = 1e-9;  // m
   AxialProfile profile;
@@ -132,39 +89,6 @@ AxialProfile axial_profile(const FocusedBowl& bowl, const BowlField& field) {
   profile.near_z = place_of_level(amplitude, half, profile.peak_z, 0.7 * focus, tolerance);
   profile.far_z = place_of_level(amplitude, half, profile.peak_z, 1.5 * focus, tolerance);
   return profile;
-}
-
-RadialTable::RadialTable(const BowlField& field, std::vector<double> planes, double radius, double step,
-                         const Progress& progress)
-    : planes_(std::move(planes)), step_(step), columns_(static_cast<std::size_t>(radius / step) + 4) {
-  values_.reserve(columns_ * planes_.size());
-  for (std::size_t plane = 0; plane < planes_.size(); ++plane) {
-    progress(static_cast<double>(plane) / static_cast<double>(planes_.size()));
-    values_.push_back(field.pressure(step_, planes_[plane]));
-    for (std::size_t column = 1; column < columns_; ++column) {
-      values_.push_back(field.pressure(static_cast<double>(column - 1) * step_, planes_[plane]));
-    }
-  }
-  progress(1);
-}
-
-std::complex<double> RadialTable::pressure(std::size_t plane, double r) const {
-  const std::size_t column = static_cast<std::size_t>(r / step_);  // at -step from there; r between the middle two
-  const double t = r / step_ - static_cast<double>(column);
-  const std::complex<double>* const p = &values_[column + columns_ * plane];
-  return -t * (t - 1) * (t - 2) / 6 * p[0] + (t + 1) * (t - 1) * (t - 2) / 2 * p[1] - (t + 1) * t * (t - 2) / 2 * p[2] +
-         (t + 1) * t * (t - 1) / 6 * p[3];
-}
-
-double RadialTable::worst_error(const BowlField& reference, std::size_t stride) const {
-  double worst = 0;
-  for (std::size_t plane = 0; plane < planes_.size(); plane += stride) {
-    for (std::size_t column = 0; column + 3 < columns_; column += stride) {
-      const double r = (static_cast<double>(column) + 0.5) * step_;
-      worst = std::max(worst, std::abs(pressure(plane, r) - reference.pressure(r, planes_[plane])));
-    }
-  }
-  return worst;
 }
 
 }  // namespace kesto::example
