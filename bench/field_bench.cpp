@@ -148,7 +148,7 @@ void measure(benchmark::State& state, const Computation& computation, bool lossy
   const std::vector<CartesianCoordinate> points = local_points(element, grid);
   Pressure ours(points.size()), plain(points.size());
   element.set_complex_pressure_pointers(ours.re.data(), ours.im.data());
-  kesto::Wave wave = kesto::wave_in(medium);
+  kesto::Wave wave = kesto::wave_or_default(medium);
   wave.attenuation *= -computation.growth;
   const PlainRule plain_rule = rule_of(n);
   const PlainField field = {wave, computation.factor(medium), plain_rule, points, plain.re.data(), plain.im.data()};
