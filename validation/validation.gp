@@ -82,6 +82,63 @@ unset logscale
 set format '%g'
 set autoscale
 
+# A pulse in time, a row of each trace's own largest value to a point.
+bodies = "disc annulus shell 'spherical annulus'"
+body_colours = '#0072b2 #56b4e9 #d55e00 #e69f00'
+body(i) = word(bodies, i)
+of_body(i, v) = strcol(1) eq body(i) ? v : NaN
+shown = '2 4 5 6'
+where = "'over the face' 'above a rim' 'beside the face' 'off the axis'"
+set output 'transients.png'
+set multiplot layout 2, 2 title 'A Hanning pulse of three cycles: fnm\_transient (lines), the impulse response''s convolution (points)'
+set xlabel 't (us)' offset 0, 0.7
+set ylabel 'p / largest of the trace'
+set yrange [-0.7:4.1]
+set xrange [2:*]
+set ytics ("" 0, "" 1.2, "" 2.4, "" 3.6)
+do for [i = 1:4] {
+  set title body(i) offset 0, -0.6
+  unset label
+  array peak[4]
+  do for [j = 1:4] {
+    stats 'traces.csv' using (of_body(i, $2) == real(word(shown, j)) ? abs($5) : NaN) nooutput
+    peak[j] = STATS_max
+  }
+  plot for [j = 1:4] 'traces.csv' using (of_body(i, $2) == real(word(shown, j)) ? $3 : NaN):($4 / peak[j] + 1.2 * (j - 1)) \
+         with lines linecolor rgb word(body_colours, i), \
+       for [j = 1:4] 'traces.csv' using (of_body(i, $2) == real(word(shown, j)) ? $3 : NaN):($5 / peak[j] + 1.2 * (j - 1)) \
+         every 2 with points pointtype 6 pointsize 0.3 linecolor 'black'
+}
+unset multiplot
+set autoscale
+set ytics autofreq
+
+# What it takes.
+set output 'transient_convergence.png'
+set multiplot layout 1, 3 title 'A Hanning pulse of three cycles: errors, each trace over its own largest value'
+set logscale xy
+set format '10^{%T}'
+set format x '%g'
+set ylabel 'error'
+set key below
+quantity(i, q, v) = strcol(2) eq q ? of_body(i, v) : NaN
+set title 'fnm\_transient'
+set xlabel 'abscissas'
+plot for [i = 1:4] 'transient_convergence.csv' using (quantity(i, 'abscissas', $3)):4 with linespoints pointtype 7 \
+  pointsize 0.4 linecolor rgb word(body_colours, i) title body(i)
+set title 'sum over samples of h'
+set xlabel 'step (ns)'
+plot for [i = 1:4] 'transient_convergence.csv' using (quantity(i, 'step_ns', $3)):4 with linespoints pointtype 7 \
+  pointsize 0.4 linecolor rgb word(body_colours, i) title body(i)
+set title 'rayleigh\_transient'
+set xlabel 'cells a direction'
+plot for [i = 1:2] 'transients.csv' using (quantity(i, 'cells', $3)):4 with linespoints pointtype 7 \
+  pointsize 0.4 linecolor rgb word(body_colours, i) title body(i)
+unset multiplot
+unset logscale
+set format '%g'
+set autoscale
+
 # The published bowl.
 set output 'bowl_axis.png'
 set title 'Bowl in water, on the axis: fnm\_cw and published values'
