@@ -113,9 +113,13 @@ void compare_convolution(Report& report, Table& table, Table& traces, const Geom
   for (const Point& p : points) exact.push_back(convolution(geometry, p, sampling.times()));
   report.add({geometry.name + ", fnm_transient, 1000 abscissas, and the convolution", error_of(fields, exact), 1e-7});
   for (std::size_t i = 0; i < points.size(); ++i) {
+    const auto begun = std::find_if(exact[i].begin(), exact[i].end(),
+                                    [&](double p) { return std::abs(p) > 1e-6 * largest(exact[i]); });
+    const double beginning = sampling.at(static_cast<int>(begun - exact[i].begin()));
     for (int k = 0; k < sampling.count; ++k) {
       const auto at = static_cast<std::size_t>(k);
-      traces.row("%s,%zu,%.6g,%.9g,%.9g", geometry.name.c_str(), i, sampling.at(k) * 1e6, fields[i][at], exact[i][at]);
+      traces.row("%s,%zu,%.6g,%.6g,%.9g,%.9g", geometry.name.c_str(), i, sampling.at(k) * 1e6,
+                 (sampling.at(k) - beginning) * 1e6, fields[i][at], exact[i][at]);
     }
   }
 
@@ -173,7 +177,7 @@ void compare_focal_impulse(Report& report, const Geometry& geometry) {
 void impulse_response_cases(Report& report) {
   report.heading("G  in time: a Hanning pulse as rho times the impulse response's convolution; its integral");
   Table table(report.path("transient_convergence.csv"), "geometry,quantity,value,error");
-  Table traces(report.path("traces.csv"), "geometry,point,microseconds,fnm_transient,convolution");
+  Table traces(report.path("traces.csv"), "geometry,point,microseconds,since_beginning,fnm_transient,convolution");
   for (const Geometry& geometry : bodies_of_revolution()) {
     compare_convolution(report, table, traces, geometry);
     compare_integral(report, geometry);
