@@ -169,7 +169,7 @@ void compare_focal_impulse(Report& report, const Geometry& geometry) {
   const double depth = depth_of(geometry, geometry.radius) - depth_of(geometry, geometry.hole);
   const double beside = std::abs(h[0]) + std::abs(h[2]);
   report.add(
-      {geometry.name + ", impulse at the focus and its depth", std::abs((h[1] + beside) * step / depth - 1), 1e-6});
+      {geometry.name + ", impulse at the focus and its depth", std::abs((h[1] + beside) * step / depth - 1), 1e-10});
 }
 
 }  // namespace

@@ -95,7 +95,7 @@ trace(i, j, v) = column(2) == shown(j) ? of_body(i, v) : NaN
 set output 'transients.png'
 set multiplot layout 2, 2 title \
   'A Hanning pulse of three cycles: fnm\_transient (lines), convolution with the impulse response (points)'
-set xlabel 'time since the beginning (us)' offset 0, 0.7
+set xlabel 'time since the trace''s beginning (us)' offset 0, 0.7
 set ylabel 'p / largest'
 set ytics ("" 0, "" 2.2, "" 4.4, "" 6.6)
 unset key
@@ -109,7 +109,7 @@ do for [i = 1:4] {
     peak[j] = STATS_max
     set label where(i, j) at -8.7, line_of(j) + 0.5
   }
-  set xrange [-9:18]
+  set xrange [-9:20]
   set yrange [-1.2:7.8]
   plot for [j = 1:4] 'traces.csv' using (trace(i, j, $4)):($5 / peak[j] + line_of(j)) with lines \
          linecolor rgb body_colour(i), \
