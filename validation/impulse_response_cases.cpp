@@ -140,6 +140,10 @@ void compare_convolution(Report& report, Table& table, Table& traces, const Geom
   report.add({geometry.name + ", order of that sum in the step, less 1",
               std::abs(std::log(at_coarsest / error) / std::log(coarsest / finest) - 1), 0.3});
 
+  // The phase along the rim at the centre frequency, and half as much for the pulse's band.
+  const int resolving = static_cast<int>(std::ceil(1.5 * (water.k() * geometry.radius + 10)));
+  report.add({geometry.name + ", fnm_transient, " + std::to_string(resolving) + " abscissas, 1.5 (k a + 10)",
+              error_of(nearest(resolving), exact), 1e-3});
   for (double n = 8; n < 1025; n *= std::sqrt(2)) {
     const int abscissas = static_cast<int>(std::lround(n));
     table.row("%s,abscissas,%d,%.4g", geometry.name.c_str(), abscissas, error_of(nearest(abscissas), exact));
