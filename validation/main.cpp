@@ -24,8 +24,8 @@ bool validate(const std::string& output, bool quick) {
   using namespace kesto::validation;
   std::filesystem::create_directories(output);
   Report report(output, quick);
-  for (const auto cases :
-       {axis_cases, plane_cases, far_field_cases, bowl_cases, convergence_cases, efficiency_cases, abscissa_cases}) {
+  for (const auto cases : {axis_cases, plane_cases, far_field_cases, bowl_cases, convergence_cases, efficiency_cases,
+                           abscissa_cases, impulse_response_cases, transient_cases}) {
     cases(report);
   }
   report.write_verdicts();

@@ -82,6 +82,78 @@ unset logscale
 set format '%g'
 set autoscale
 
+# A pulse in time, from its beginning on: four points, each trace over its own largest value.
+bodies = "disc annulus shell 'spherical annulus'"
+body_colours = '#0072b2 #56b4e9 #d55e00 #e69f00'
+body(i) = word(bodies, i)
+body_colour(i) = word(body_colours, i)
+of_body(i, v) = strcol(1) eq body(i) ? v : NaN
+shown(j) = real(word('2 3 5 6', j))
+where(i, j) = word("'over the face' 'above the rim' beside ".(i < 3 ? "'beside, low'" : "'near the focus'"), j)
+line_of(j) = 2.2 * (4 - j)
+trace(i, j, v) = column(2) == shown(j) ? of_body(i, v) : NaN
+set output 'transients.png'
+set multiplot layout 2, 2 title \
+  'A Hanning pulse of three cycles: fnm\_transient (lines), convolution with the impulse response (points)'
+set xlabel 'time since the trace''s beginning (us)' offset 0, 0.7
+set ylabel 'p / largest'
+set ytics ("" 0, "" 2.2, "" 4.4, "" 6.6)
+unset key
+do for [i = 1:4] {
+  set title body(i) offset 0, -0.6
+  unset label
+  array peak[4]
+  set autoscale
+  do for [j = 1:4] {
+    stats 'traces.csv' using (trace(i, j, abs($6))) nooutput
+    peak[j] = STATS_max
+    set label where(i, j) at -8.7, line_of(j) + 0.5
+  }
+  set xrange [-9:20]
+  set yrange [-1.2:7.8]
+  plot for [j = 1:4] 'traces.csv' using (trace(i, j, $4)):($5 / peak[j] + line_of(j)) with lines \
+         linecolor rgb body_colour(i), \
+       for [j = 1:4] 'traces.csv' using (trace(i, j, $4)):($6 / peak[j] + line_of(j)) every 2 with points \
+         pointtype 6 pointsize 0.3 linecolor 'black'
+}
+unset multiplot
+unset label
+set autoscale
+set ytics autofreq
+
+# What it takes.
+set output 'transient_convergence.png'
+set multiplot layout 1, 3 title 'A Hanning pulse of three cycles: errors, each trace over its own largest value'
+set logscale xy
+set format y '10^{%T}'
+set ylabel 'error'
+dash_of(i) = 2 - i % 2
+quantity(i, q, v) = strcol(2) eq q ? of_body(i, v) : NaN
+curve = 'using (quantity(i, q, $3)):4 with linespoints pointtype 7 pointsize 0.4 linewidth 1.5 \
+  linecolor rgb body_colour(i) dashtype dash_of(i) title body(i)'
+set title 'fnm\_transient' offset 0, 0
+set xlabel 'abscissas' offset 0, 0
+set key bottom left
+set xrange [5:2000]
+q = 'abscissas'
+plot for [i = 1:4] 'transient_convergence.csv' @curve
+set title 'sum over samples of h'
+set xlabel 'step (ns)'
+set key bottom right
+set xrange [0.3:30]
+q = 'step_ns'
+plot for [i = 1:4] 'transient_convergence.csv' @curve
+set title 'rayleigh\_transient'
+set xlabel 'cells a direction'
+set key bottom left
+set xrange [15:500]
+q = 'cells'
+plot for [i = 1:2] 'transients.csv' @curve
+unset multiplot
+unset logscale
+set format '%g'
+set autoscale
+
 # The published bowl.
 set output 'bowl_axis.png'
 set title 'Bowl in water, on the axis: fnm\_cw and published values'
