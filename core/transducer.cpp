@@ -118,11 +118,13 @@ void Transducer::set_transient_pressure_pointer(double* p) {
   complex_pressure_imag = nullptr;
 }
 
-CartesianCoordinate Transducer::rotateTranslate(const CartesianCoordinate& p) {
-  const double dx = p.x - center.x, dy = p.y - center.y, dz = p.z - center.z;
-  const auto along = [=](const double(&row)[3]) { return row[0] * dx + row[1] * dy + row[2] * dz; };
-  return CartesianCoordinate(along(rotation_matrix[0]), along(rotation_matrix[1]), along(rotation_matrix[2]));
+kesto::Placement Transducer::placement() const {
+  kesto::Placement p = {center, {}};
+  std::copy(&rotation_matrix[0][0], &rotation_matrix[0][0] + 9, &p.rotation[0][0]);
+  return p;
 }
+
+CartesianCoordinate Transducer::rotateTranslate(const CartesianCoordinate& p) { return placement().local(p); }
 
 template <class Sample>
 void Transducer::superpose_samples(int i, const Sample* s, int samples) {

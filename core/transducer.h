@@ -10,6 +10,22 @@ class ExcitationFunction;
 class Medium;
 class NumericalIntegration;
 
+namespace kesto {
+
+// From global into an element's coordinates: the rows of the matrix are its axes.
+struct Placement {
+  CartesianCoordinate center;
+  double rotation[3][3];
+
+  CartesianCoordinate local(const CartesianCoordinate& p) const {
+    const double dx = p.x - center.x, dy = p.y - center.y, dz = p.z - center.z;
+    const auto along = [=](const double(&row)[3]) { return row[0] * dx + row[1] * dy + row[2] * dz; };
+    return CartesianCoordinate(along(rotation[0]), along(rotation[1]), along(rotation[2]));
+  }
+};
+
+}  // namespace kesto
+
 // Placement, complex weight and delay of an element, and what a computation reads and writes. Grid, medium, rule, time
 // samples, signal and output buffers belong to the caller and outlive the computation; one that is missing is an error.
 //
@@ -79,6 +95,8 @@ class Transducer {
   // From global into local coordinates, where the face lies in z = 0 and radiates towards +z; with the rotation matrix
   // as InitializeRotationMatrix left it.
   virtual CartesianCoordinate rotateTranslate(const CartesianCoordinate& p);
+
+  kesto::Placement placement() const;  // as rotateTranslate has it
 
   // Adds v, weighted already, to point i.
   void superpose_complex_pressure(const int& i, const std::complex<double>& v) {
