@@ -19,8 +19,11 @@ endif()
 # It never links, not in CMake's question what compiler this is either: zig would first build libc++, for a minute.
 set(CMAKE_CXX_COMPILER ${KESTO_ZIG} c++ -target ${zig_arch}-macos.11.0 -c)
 # Without exceptions of its own the module needs no C++ run-time library. A host's error passes through by the unwind
-# tables, which macOS always has; scratch memory on the way is the host's and goes with the call.
-set(CMAKE_CXX_FLAGS_INIT "-fno-exceptions -fno-threadsafe-statics")
+# tables; scratch memory on the way is the host's and goes with the call. On arm64, neither
+# asynchronous tables, which describe every instruction, nor leaf functions without a frame always have the compact
+# form, which is the one that the linker keeps.
+string(JOIN " " CMAKE_CXX_FLAGS_INIT -fno-exceptions -fno-threadsafe-statics
+  -funwind-tables -fno-asynchronous-unwind-tables -mno-omit-leaf-frame-pointer)
 
 find_program(KESTO_LD64 NAMES ld64.lld ld64.lld-19 ld64.lld-18 ld64.lld-17 ld64.lld-16 ld64.lld-15 ld64.lld-14 REQUIRED)
 set(CMAKE_INSTALL_NAME_TOOL ${CMAKE_COMMAND})  # asked for, never called
