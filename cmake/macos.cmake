@@ -1,7 +1,7 @@
 # Toolchain file: the module for macOS 11 and later, cross-compiled from another system.
 #
 # zig (PyPI: ziglang) is the compiler and brings libc++ and the system's headers and library stub; its own linker makes
-# no bundles and no sections from files, so LLVM's links (Debian: lld). Only the target steady_bioheat is built this
+# no bundles, so LLVM's links (Debian: lld). Only the target steady_bioheat is built this
 # way: scripts/build-macos.
 #
 #   KESTO_ZIG         the zig program
