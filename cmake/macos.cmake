@@ -1,8 +1,7 @@
 # Toolchain file: the module for macOS 11 and later, cross-compiled from another system.
 #
 # zig (PyPI: ziglang) is the compiler and brings libc++ and the system's headers and library stub; its own linker makes
-# no bundles, so LLVM's links (Debian: lld). Only the target steady_bioheat is built this
-# way: scripts/build-macos.
+# no bundles, so LLVM's links (Debian: lld). Only the target steady_bioheat is built this way: scripts/build-macos.
 #
 #   KESTO_ZIG         the zig program
 #   KESTO_MACOS_ARCH  x86_64 or arm64
@@ -19,9 +18,8 @@ endif()
 # It never links, not in CMake's question what compiler this is either: zig would first build libc++, for a minute.
 set(CMAKE_CXX_COMPILER ${KESTO_ZIG} c++ -target ${zig_arch}-macos.11.0 -c)
 # Without exceptions of its own the module needs no C++ run-time library. A host's error passes through by the unwind
-# tables; scratch memory on the way is the host's and goes with the call. On arm64, neither
-# asynchronous tables, which describe every instruction, nor leaf functions without a frame always have the compact
-# form, which is the one that the linker keeps.
+# tables; scratch memory on the way is the host's and goes with the call. On arm64, asynchronous tables, which describe
+# every instruction, and leaf functions without a frame need not have the compact form, the one that the linker keeps.
 string(JOIN " " CMAKE_CXX_FLAGS_INIT -fno-exceptions -fno-threadsafe-statics
   -funwind-tables -fno-asynchronous-unwind-tables -mno-omit-leaf-frame-pointer)
 

@@ -83,4 +83,4 @@ with zipfile.ZipFile(io.BytesIO(section)) as archive:
     manifest = json.loads(archive.read("mexVersioning/manifest.json"))
 uuid.UUID(manifest.pop("bundle.symbolic_name"))
 assert manifest == {"mw": {"mex": {"apiVersion": 800, "release": "R2023b", "threadpoolSafe": 0}}}, manifest
-print(f"{module}: {len(exports)} exports, {len(used)} host functions of {len(undefined)} undefined names, manifest read back")
+print(f"{module}: {len(exports)} exports, {len(used)} host functions of {len(undefined)} undefined names, manifest read")
