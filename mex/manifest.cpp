@@ -37,8 +37,8 @@ struct Entry {
 constexpr std::size_t local_header = 30, central_header = 46, end_record = 22;
 
 struct Archive {
-  unsigned char bytes[2 * (local_header + central_header + length(folder_name) + length(file_name)) +
-                      length(manifest) + end_record] = {};
+  unsigned char bytes[2 * (local_header + central_header + length(folder_name) + length(file_name)) + length(manifest) +
+                      end_record] = {};
 };
 
 struct Writer {

@@ -44,7 +44,7 @@ def read_mach_o(module):
     platform = binary.build_version
     assert platform.platform == lief.MachO.BuildVersion.PLATFORMS.MACOS and platform.minos == [11, 0, 0], platform
     assert [library.name for library in binary.libraries] == ["/usr/lib/libSystem.B.dylib"], list(binary.libraries)
-    # A host's error passes through: every function has a compact description, none refers to a table that is not there.
+    # A host's error passes through: functions have compact descriptions, which refer to no table that is not there.
     unwind = bytes(binary.get_section("__TEXT", "__unwind_info").content)
     offset, count = struct.unpack_from("<II", unwind, 4)
     modes = {encoding >> 24 & 15 for encoding in struct.unpack_from(f"<{count}I", unwind, offset)}
