@@ -24,13 +24,14 @@ VectorTarget detect_widest() {
   }
   unsigned state = 0, state_high = 0;  // which registers the operating system saves
   __asm__("xgetbv" : "=a"(state), "=d"(state_high) : "c"(0));
-  constexpr unsigned ymm_state = 0x6, zmm_state = 0xe6;
+  constexpr unsigned ymm_state = 0x6;
   if (__get_cpuid_count(7, 0, &a, &b, &c, &d) == 0 || (state & ymm_state) != ymm_state) {
     return VectorTarget::baseline;
   }
-  constexpr unsigned avx2 = 1u << 5, avx512f = 1u << 16, avx512dq = 1u << 17, avx512vl = 1u << 31;
+  constexpr unsigned avx2 = 1u << 5;
   if ((b & avx2) == 0) return VectorTarget::baseline;
 #if !defined(__APPLE__)
+  constexpr unsigned zmm_state = 0xe6, avx512f = 1u << 16, avx512dq = 1u << 17, avx512vl = 1u << 31;
   constexpr unsigned avx512 = avx512f | avx512dq | avx512vl;
   if ((b & avx512) == avx512 && (state & zmm_state) == zmm_state) return VectorTarget::avx512;
 #endif
