@@ -129,12 +129,20 @@ KESTO_INLINE Double<Target> where_top_bit(Bits<Target> bits, Double<Target> valu
 // time.
 KESTO_TARGET_AVX2_FMA inline void assign_fma(Lanes<4>::Double& to, const Lanes<4>::Double& a, const Lanes<4>::Double& b,
                                              const Lanes<4>::Double& c) {
+#if __has_builtin(__builtin_elementwise_fma)  // Clang from 17 on, which in time gives up the other
+  to = __builtin_elementwise_fma(a, b, c);
+#else
   to = __builtin_ia32_vfmaddpd256(a, b, c);
+#endif
 }
 KESTO_TARGET_AVX512 inline void assign_fma(Lanes<8>::Double& to, const Lanes<8>::Double& a, const Lanes<8>::Double& b,
                                            const Lanes<8>::Double& c) {
+#if __has_builtin(__builtin_elementwise_fma)
+  to = __builtin_elementwise_fma(a, b, c);
+#else
   constexpr int current_rounding = 4;
   to = __builtin_ia32_vfmaddpd512_mask(a, b, c, static_cast<unsigned char>(-1), current_rounding);
+#endif
 }
 #endif
 
