@@ -121,7 +121,7 @@ void Transducer::set_transient_pressure_pointer(double* p) {
 CartesianCoordinate Transducer::rotateTranslate(const CartesianCoordinate& p) {
   const double dx = p.x - center.x, dy = p.y - center.y, dz = p.z - center.z;
   const auto along = [=](const double(&row)[3]) { return row[0] * dx + row[1] * dy + row[2] * dz; };
-  return CartesianCoordinate(along(rotation_matrix[0]), along(rotation_matrix[1]), along(rotation_matrix[2]));
+  return {along(rotation_matrix[0]), along(rotation_matrix[1]), along(rotation_matrix[2])};
 }
 
 template <class Sample>
