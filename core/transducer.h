@@ -20,7 +20,7 @@ struct Placement {
   CartesianCoordinate local(const CartesianCoordinate& p) const {
     const double dx = p.x - center.x, dy = p.y - center.y, dz = p.z - center.z;
     const auto along = [=](const double(&row)[3]) { return row[0] * dx + row[1] * dy + row[2] * dz; };
-    return CartesianCoordinate(along(rotation[0]), along(rotation[1]), along(rotation[2]));
+    return {along(rotation[0]), along(rotation[1]), along(rotation[2])};
   }
 };
 

@@ -132,7 +132,7 @@ int disc_fnm_tsd_sse(Transducer& element, DiscFace face) {
   const TimeAxis axis(element);
   ExcitationFunction& signal = *element.excitation;
   const int terms = signal.number_of_tsd_terms();
-  const std::size_t samples = static_cast<std::size_t>(axis.samples);
+  const auto samples = static_cast<std::size_t>(axis.samples);
   const ScratchArray<float> temporal(static_cast<std::size_t>(terms) * samples), trace(samples);
   signal.temporal_tsd(temporal.data(), element.time_vector, axis.samples, static_cast<float>(axis.time_delay));
   const ScratchArray<Float4> spatial(terms);

@@ -12,7 +12,6 @@ TimeAxis::TimeAxis(const Transducer& element)
       start(element.time_vector->time_index_value(0)),
       per_sample(1 / element.time_vector->deltat()),
       time_delay(element.time_delay),
-      regular(true),
       times(padded(samples)) {
   for (int k = 0; k < samples; ++k) {
     times[k] = element.time_vector->time_index_value(k);

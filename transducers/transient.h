@@ -53,7 +53,7 @@ struct TimeAxis {
   double start, per_sample;  // s, 1/s
   double time_delay;         // s
   // Whether every sample lies where start and step say, within half a step. A list of times need not.
-  bool regular;
+  bool regular = true;
   // The times, then a vector's worth of times that no pulse reaches.
   ScratchArray<double> times;
 };
