@@ -3,11 +3,10 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "manifest_text.h"
+
 namespace {
 
-constexpr char manifest[] =
-#include "manifest.inc"
-    ;
 constexpr char folder_name[] = "mexVersioning/";
 constexpr char file_name[] = "mexVersioning/manifest.json";
 
@@ -37,8 +36,8 @@ struct Entry {
 constexpr std::size_t local_header = 30, central_header = 46, end_record = 22;
 
 struct Archive {
-  unsigned char bytes[2 * (local_header + central_header + length(folder_name) + length(file_name)) + length(manifest) +
-                      end_record] = {};
+  unsigned char bytes[2 * (local_header + central_header + length(folder_name) + length(file_name)) +
+                      length(manifest_text) + end_record] = {};
 };
 
 struct Writer {
@@ -82,7 +81,7 @@ struct Writer {
 
 constexpr Archive make_archive() {
   Entry entries[] = {{folder_name, length(folder_name), "", 0, 040755u << 16 | 0x10},
-                     {file_name, length(file_name), manifest, length(manifest), 0100644u << 16}};
+                     {file_name, length(file_name), manifest_text, length(manifest_text), 0100644u << 16}};
   Writer writer;
   for (Entry& entry : entries) writer.stored(entry);
   const std::size_t directory = writer.end;
