@@ -3,10 +3,10 @@
 #include <cstdio>
 
 #include "core/host_api.h"
+#include "core/medium.h"
 #include "core/to_int32.h"
 #include "mex/bioheat_solver.h"
 #include "mex/exported.h"
-#include "core/medium.h"
 
 namespace {
 
