@@ -85,16 +85,9 @@ int disc_fnm_cw(Transducer& element, DiscFace face) {
   const Wave wave = wave_or_default(medium);
   if (is_silent(element)) return 0;
   require_complex_output(element);
-  NumericalIntegration& rule = *element.integral;
-  rule.gauss_quadrature(0, pi);
-  const int n = rule.get_npoints();
-  const ScratchArray<double> cosine(n), cosine_2a(n);
   for_each_disc(element, face, [&](double radius, Complex weight) {
-    for (int i = 0; i < n; ++i) {
-      cosine[i] = std::cos(rule.get_abscissa(i));
-      cosine_2a[i] = 2 * radius * cosine[i];
-    }
-    const RimOfDisc rim = {radius, n, cosine.data(), cosine_2a.data(), rule.weight};
+    const DiscRimTables tables(*element.integral, radius);
+    const RimOfDisc rim = tables.rim();
     const PointKernel kernels[] = {{rim, wave, radius, chosen_vector_target()}};
     superpose_sums(element, kernels, disc_rim_factor(medium, radius, weight), kernel_in_front);
   });

@@ -6,10 +6,13 @@
 #include <cstddef>
 
 #include "core/constants.h"
+#include "core/host_api.h"
 #include "core/medium.h"
+#include "core/numerical_integration.h"
 #include "core/transducer.h"
 #include "transducers/continuous_wave.h"
 #include "transducers/disc.h"
+#include "transducers/rim_of_disc.h"
 
 namespace kesto {
 
@@ -33,6 +36,24 @@ inline Complex disc_rim_factor(const Medium& medium, double radius, Complex weig
 inline Complex disc_rayleigh_factor(const Medium& medium, Complex weight) {
   return Complex(0, 2 * medium._rho_density * medium._f0) * weight;
 }
+
+// The element's rule mapped to the rim angles from 0 to pi, which is how the rule is left; the weights times `factor`.
+struct DiscRimTables {
+  DiscRimTables(NumericalIntegration& rule, double a, double factor = 1)
+      : radius(a), n(rule.get_npoints()), cosine(n), cosine_2a(n), weight(n) {
+    rule.gauss_quadrature(0, pi);
+    for (int i = 0; i < n; ++i) {
+      cosine[i] = std::cos(rule.get_abscissa(i));
+      cosine_2a[i] = 2 * a * cosine[i];
+      weight[i] = rule.get_weight(i) * factor;
+    }
+  }
+  RimOfDisc rim() const { return {radius, n, cosine.data(), cosine_2a.data(), weight.data()}; }
+
+  double radius;
+  int n;
+  ScratchArray<double> cosine, cosine_2a, weight;
+};
 
 // Travel times between a point, r from the axis and z over the face, and the disc of radius a.
 struct DiscArrivals {

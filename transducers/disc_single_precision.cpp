@@ -30,27 +30,20 @@ int disc_fnm_cw_sse(Transducer& element, DiscFace face) {
   const Wave wave = stored_wave(medium);
   const Float4 minus_k = broadcast_ps(static_cast<float>(-wave.wavenumber));
   const Float4 minus_alpha = broadcast_ps(static_cast<float>(-wave.attenuation));
-  NumericalIntegration& rule = *element.integral;
-  rule.gauss_quadrature(0, pi);
-  const int n = rule.get_npoints();
-  const ScratchArray<double> cosine(n), cosine_2a(n);
   for_each_disc(element, face, [&](double radius, Complex weight) {
-    for (int i = 0; i < n; ++i) {
-      cosine[i] = std::cos(rule.get_abscissa(i));
-      cosine_2a[i] = 2 * radius * cosine[i];
-    }
+    const DiscRimTables tables(*element.integral, radius);
     const float a = static_cast<float>(radius), a2 = static_cast<float>(radius * radius);
     superpose_values(element, is_in_front, [&](const CartesianCoordinate& local) {
       const FloatPoint p(local);
       Float4 re0, im0;
       complex_exp(minus_alpha * p.z, minus_k * p.z, &re0, &im0);
       ComplexSum4 sum;
-      for (int i = 0; i + 4 <= n; i += 4) {
-        const Float4 c = rounded_ps(&cosine[i]);
+      for (int i = 0; i + 4 <= tables.n; i += 4) {
+        const Float4 c = rounded_ps(&tables.cosine[i]);
         // On the rim, where d may round to nothing, the two waves are equal and the term is nothing too.
-        const Float4 d = above_zero((p.r2 + a2) - rounded_ps(&cosine_2a[i]) * p.r);
+        const Float4 d = above_zero((p.r2 + a2) - rounded_ps(&tables.cosine_2a[i]) * p.r);
         const Float4 distance = sqrt_ps(p.z * p.z + d);
-        const Float4 g = rounded_ps(rule.weight + i) * ((c * p.r - a) * approximate_reciprocal_ps(d));
+        const Float4 g = rounded_ps(&tables.weight[i]) * ((c * p.r - a) * approximate_reciprocal_ps(d));
         Float4 re, im;
         complex_exp(minus_alpha * distance, minus_k * distance, &re, &im);
         sum.re += g * (re - re0);

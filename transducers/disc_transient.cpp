@@ -15,24 +15,9 @@ namespace kesto {
 
 namespace {
 
-// The nodes of the rim, whose weights carry the factor of the integral.
-struct DiscRimTables {
-  DiscRimTables(NumericalIntegration& rule, const Medium& medium, double a, double sign)
-      : radius(a), n(rule.get_npoints()), cosine(n), cosine_2a(n), weight(n) {
-    rule.gauss_quadrature(0, pi);
-    const double factor = sign * (medium._rho_density * medium._soundspeed * a / pi);
-    for (int i = 0; i < n; ++i) {
-      cosine[i] = std::cos(rule.get_abscissa(i));
-      cosine_2a[i] = 2 * a * cosine[i];
-      weight[i] = rule.get_weight(i) * factor;
-    }
-  }
-  RimOfDisc rim() const { return {radius, n, cosine.data(), cosine_2a.data(), weight.data()}; }
-
-  double radius;
-  int n;
-  ScratchArray<double> cosine, cosine_2a, weight;
-};
+double transient_factor(const Medium& medium, double radius, double sign) {
+  return sign * (medium._rho_density * medium._soundspeed * radius / pi);
+}
 
 // Hands the rays of every point in front of the disc to consume(block); `fill` replaces the rays in double precision.
 template <class Fill, class Consume>
@@ -79,7 +64,7 @@ int decompose(Transducer& element, DiscFace face, DecompositionForm form, bool f
   const TimeAxis axis(element);
   Decomposition decomposition(element, axis, form);
   for_each_signed_disc(face, [&](double radius, double sign) {
-    const DiscRimTables tables(*element.integral, *element.medium, radius, sign);
+    const DiscRimTables tables(*element.integral, radius, transient_factor(*element.medium, radius, sign));
     const double c = element.medium->_soundspeed;
     const auto consume = [&](const RayBlock& block) { decomposition.superpose(block, true); };
     if (float_geometry) {
@@ -102,7 +87,7 @@ int disc_fnm_transient(Transducer& element, DiscFace face) {
   const Traces traces(axis.samples);
   const double pulse_width = element.excitation->get_pulse_width();
   for_each_signed_disc(face, [&](double radius, double sign) {
-    const DiscRimTables tables(*element.integral, *element.medium, radius, sign);
+    const DiscRimTables tables(*element.integral, radius, transient_factor(*element.medium, radius, sign));
     const SoundSpeed c = {element.medium->_soundspeed};
     for_each_disc_ray_block(element, tables, fill_in_double(tables.rim(), c), [&](const RayBlock& block) {
       Span windows[RayBlock::capacity], all = {axis.samples, 0};
@@ -138,7 +123,7 @@ int disc_fnm_tsd_sse(Transducer& element, DiscFace face) {
   const ScratchArray<Float4> spatial(terms);
   const double pulse_width = signal.get_pulse_width();
   for_each_signed_disc(face, [&](double radius, double sign) {
-    const DiscRimTables tables(*element.integral, *element.medium, radius, sign);
+    const DiscRimTables tables(*element.integral, radius, transient_factor(*element.medium, radius, sign));
     const float c = static_cast<float>(element.medium->_soundspeed);
     const auto fill = [&](RayBlock& block) { fill_in_float(tables, c, block); };
     for_each_disc_ray_block(element, tables, fill, [&](const RayBlock& block) {

@@ -51,6 +51,11 @@ bool is_split(Real one, Real other) {
   return one > 0 && other > 0;
 }
 
+inline Complex rectangle_rim_factor(const RectangularTransducer& piston, double rho_c, double minus_two_pi) {
+  const Complex w = piston.complex_weight;
+  return {rho_c * w.real() / minus_two_pi, rho_c * w.imag() / minus_two_pi};
+}
+
 inline Complex rectangle_rayleigh_factor(const RectangularTransducer& piston) {
   return piston.complex_weight * Complex(0, 1) * (piston.medium->_f0 * piston.medium->_rho_density);
 }

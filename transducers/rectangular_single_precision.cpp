@@ -40,11 +40,6 @@ float wavelength_in(const Medium& medium) {
   return static_cast<float>(medium._soundspeed / frequency_of_wavelength(medium));
 }
 
-Complex rectangle_rim_factor(const RectangularTransducer& piston, double rho_c, double minus_two_pi) {
-  const Complex w = piston.complex_weight;
-  return {rho_c * w.real() / minus_two_pi, rho_c * w.imag() / minus_two_pi};
-}
-
 }  // namespace
 
 }  // namespace kesto

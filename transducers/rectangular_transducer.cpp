@@ -193,8 +193,7 @@ int RectangularTransducer::fnm_cw() {
     return PointKernel(edges, wave, std::fabs(t.a) + std::fabs(t.b), chosen_vector_target());
   };
   const PointKernel kernels[] = {kernel(outside), kernel(beside_y), kernel(beside_x), kernel(within)};
-  const double factor = properties._rho_density * properties._soundspeed;
-  const Complex scale(factor * complex_weight.real() / -two_pi, factor * complex_weight.imag() / -two_pi);
+  const Complex scale = rectangle_rim_factor(*this, properties._rho_density * properties._soundspeed, -two_pi);
   superpose_sums(*this, kernels, scale, [&](int, const CartesianCoordinate& p) {
     if (p.z < 0) return no_kernel;
     return (is_split(t.a + p.x, t.a - p.x) ? 1 : 0) + (is_split(t.b - p.y, t.b + p.y) ? 2 : 0);
