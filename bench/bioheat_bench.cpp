@@ -8,7 +8,7 @@
 
 #include "bench/plain_bioheat_o2.h"
 #include "bench/timing.h"
-#include "mex/bioheat_solver.h"
+#include "heat/bioheat_solver.h"
 #include "tests/plain_bioheat.h"
 
 namespace {

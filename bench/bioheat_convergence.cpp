@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <vector>
 
-#include "mex/bioheat_solver.h"
+#include "heat/bioheat_solver.h"
 
 namespace {
 

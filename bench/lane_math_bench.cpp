@@ -12,7 +12,7 @@
 
 #include "bench/libm_o2.h"
 #include "bench/timing.h"
-#include "core/kernels/lane_math_arrays.h"
+#include "tests/support/lane_math_arrays.h"
 
 namespace {
 

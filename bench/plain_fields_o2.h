@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "core/coordinate_grid.h"
-#include "core/kernels/wave_sum.h"
+#include "fields/wave_sum.h"
 
 // A Gauss rule on [-1, 1].
 struct PlainRule {

@@ -12,9 +12,9 @@
 
 #include "bench/plain_transient_o2.h"
 #include "bench/timing.h"
-#include "core/kernels/vector_target.h"
 #include "core/medium.h"
 #include "core/numerical_integration.h"
+#include "core/vector_target.h"
 #include "excitation/hanning_pulse.h"
 #include "excitation/tone_burst.h"
 #include "transducers/circular_transducer.h"

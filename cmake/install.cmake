@@ -5,14 +5,21 @@ include(CMakePackageConfigHelpers)
 set(KESTO_INCLUDE_DIR include/kesto)
 set(KESTO_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/kesto)
 
-set_target_properties(kesto_core kesto_field_core kesto_bioheat kesto_host PROPERTIES
+set_target_properties(kesto_field_core kesto_bioheat kesto_host PROPERTIES
   VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
 set_target_properties(kesto_field_core PROPERTIES EXPORT_NAME field_core)
 set_target_properties(kesto_bioheat PROPERTIES EXPORT_NAME bioheat)
 set_target_properties(kesto_host PROPERTIES EXPORT_NAME host)
 install(TARGETS kesto_field_core kesto_core kesto_bioheat kesto_host kesto_host_api EXPORT kestoTargets
         ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
-install(DIRECTORY core excitation host mex transducers DESTINATION ${KESTO_INCLUDE_DIR} FILES_MATCHING PATTERN "*.h")
+
+# The headers that lie directly in these folders are public; folders within hold what is internal. The host's are its
+# own, found by those who link it.
+foreach(folder core excitation heat transducers)
+  file(GLOB headers CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/${folder}/*.h)
+  install(FILES ${headers} DESTINATION ${KESTO_INCLUDE_DIR}/${folder})
+endforeach()
+install(FILES host/embedded_host.h host/mex.h DESTINATION ${KESTO_INCLUDE_DIR}-host/host)
 install(EXPORT kestoTargets NAMESPACE kesto:: DESTINATION ${KESTO_PACKAGE_DIR})
 configure_package_config_file(cmake/kestoConfig.cmake.in ${PROJECT_BINARY_DIR}/kestoConfig.cmake
                               INSTALL_DESTINATION ${KESTO_PACKAGE_DIR})

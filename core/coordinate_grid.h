@@ -1,7 +1,7 @@
 // Points, and the grids of observation points at which fields are computed.
 #pragma once
 
-#include "core/host_api.h"
+#include "core/mx_array.h"
 
 // A point, a centre or three Euler angles.
 class CartesianCoordinate {

@@ -1,7 +1,7 @@
 // The acoustic and thermal properties of the propagation medium.
 #pragma once
 
-#include "core/host_api.h"
+#include "core/mx_array.h"
 
 class Medium {
  public:

@@ -3,7 +3,8 @@
 #include <cmath>
 
 #include "core/constants.h"
-#include "core/pending_array.h"
+#include "core/internal/host.h"
+#include "core/internal/pending_array.h"
 
 using kesto::PendingArray;
 
@@ -47,14 +48,14 @@ Node corrected(int n, double t) {
 }  // namespace
 
 NumericalIntegration::~NumericalIntegration() {
-  mxFree(abscissa);
-  mxFree(weight);
-  mxFree(cos_abscissa);
+  kesto::release(abscissa);
+  kesto::release(weight);
+  kesto::release(cos_abscissa);
 }
 
 void NumericalIntegration::allocate_memory(int n) {
   if (n < 1) {
-    mexPrintf("Illegal number of abscissas %d\n", n);
+    kesto::print("Illegal number of abscissas %d\n", n);
     kesto::fail("Specified number of abscissas is less than 1.\n");
   }
   PendingArray x = PendingArray::uninitialised(n), w = PendingArray::uninitialised(n);

@@ -4,16 +4,16 @@
 #include <cstddef>
 #include <memory>
 
-#include "core/host_api.h"
+#include "core/internal/host.h"
 
 PressureField::PressureField(int npoints) : npoints_(std::max(npoints, 0)) {
   const auto count = static_cast<std::size_t>(npoints_);
-  values_ = static_cast<std::complex<double>*>(mxMalloc(count * sizeof(std::complex<double>)));
+  values_ = static_cast<std::complex<double>*>(kesto::allocate(count * sizeof(std::complex<double>)));
   if (values_ == nullptr && count != 0) kesto::fail("Out of memory.\n");
   std::uninitialized_fill_n(values_, count, 0.0);
 }
 
-PressureField::~PressureField() { mxFree(values_); }
+PressureField::~PressureField() { kesto::release(values_); }
 
 bool PressureField::setPoint(int index, std::complex<double> value) {
   if (!holds(index)) return false;

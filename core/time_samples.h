@@ -1,7 +1,7 @@
 // The time axes of transient computations.
 #pragma once
 
-#include "core/host_api.h"
+#include "core/mx_array.h"
 
 // The time vector, and the tau vector of time-space decomposition. A failed check leaves the samples as they were, with
 // the range that was asked for beside them. The arrays are the host's, so the object must not outlive the host's call.

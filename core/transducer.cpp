@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <iostream>
 
-#include "core/host_api.h"
+#include "core/internal/host.h"
 #include "core/medium.h"
 #include "core/numerical_integration.h"
 
@@ -48,26 +48,26 @@ void Transducer::debug(int) {
 }
 
 void Transducer::mex_debug(int) {
-  mexPrintf("Element center: (%e, %e, %e)\n", center.x, center.y, center.z);
-  mexPrintf("Element Euler angles: (%e, %e, %e)\n", euler.x, euler.y, euler.z);
-  mexPrintf("Amplitude: %e\n", amplitude);
-  mexPrintf("Phase: %e\n", phase);
-  mexPrintf("Complex Weight: %e + %e i\n", complex_weight.real(), complex_weight.imag());
-  mexPrintf("Time Delay: %e\n", time_delay);
-  mexPrintf("Parameters:\n");
+  kesto::print("Element center: (%e, %e, %e)\n", center.x, center.y, center.z);
+  kesto::print("Element Euler angles: (%e, %e, %e)\n", euler.x, euler.y, euler.z);
+  kesto::print("Amplitude: %e\n", amplitude);
+  kesto::print("Phase: %e\n", phase);
+  kesto::print("Complex Weight: %e + %e i\n", complex_weight.real(), complex_weight.imag());
+  kesto::print("Time Delay: %e\n", time_delay);
+  kesto::print("Parameters:\n");
   if (medium != nullptr) {
-    mexPrintf("f0: %f\n", medium->_f0);
-    mexPrintf("fs: %f\n", medium->_fs);
-    mexPrintf("c: %f\n", medium->_soundspeed);
-    mexPrintf("density: %f\n", medium->_rho_density);
-    mexPrintf("attenuation: %f\n", medium->_dBcmMHz);
+    kesto::print("f0: %f\n", medium->_f0);
+    kesto::print("fs: %f\n", medium->_fs);
+    kesto::print("c: %f\n", medium->_soundspeed);
+    kesto::print("density: %f\n", medium->_rho_density);
+    kesto::print("attenuation: %f\n", medium->_dBcmMHz);
   }
-  mexPrintf("\nCoordinate grid:\n");
+  kesto::print("\nCoordinate grid:\n");
   if (global_coordinate_grid != nullptr) {
     const CoordinateGrid& g = *global_coordinate_grid;
-    mexPrintf("x range: %f to %f\n", g.xmin, g.xmax);
-    mexPrintf("y range: %f to %f\n", g.ymin, g.ymax);
-    mexPrintf("z range: %f to %f\n", g.zmin, g.zmax);
+    kesto::print("x range: %f to %f\n", g.xmin, g.xmax);
+    kesto::print("y range: %f to %f\n", g.ymin, g.ymax);
+    kesto::print("z range: %f to %f\n", g.zmin, g.zmax);
   }
 }
 
@@ -92,7 +92,7 @@ void Transducer::set_phase(double phi) {
 
 void Transducer::set_complex_weight(double* re, double* im) {
   complex_weight = {*re, im != nullptr ? *im : 0.0};
-  mexWarnMsgTxt("KESTO no longer uses the complex_weight property. Please use phase and amplitude instead.");
+  kesto::warn("KESTO no longer uses the complex_weight property. Please use phase and amplitude instead.");
 }
 
 void Transducer::set_time_delay(double seconds) { time_delay = seconds; }
@@ -156,7 +156,7 @@ void Transducer::zerofill_transient_pressure() {
 double Transducer::get_impulse_begin_time() const { return impulse_begin_time; }
 
 double Transducer::get_impulse_end_time() const {
-  if (impulse_end_time < 0) mexWarnMsgTxt("Impulse end time used before impulse_begin_and_end_times was called.\n");
+  if (impulse_end_time < 0) kesto::warn("Impulse end time used before impulse_begin_and_end_times was called.\n");
   return impulse_end_time;
 }
 

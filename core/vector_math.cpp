@@ -4,7 +4,7 @@
 #include <cstring>
 #include <limits>
 
-#include "core/host_api.h"
+#include "core/internal/host.h"
 
 namespace {
 
@@ -110,7 +110,7 @@ void complex_exp(Float4 a, Float4 b, Float4* re, Float4* im) {
 
 float horizontal_add_ps(Float4 v) { return (v[0] + v[2]) + (v[1] + v[3]); }
 
-void debug_m128(Float4 v) { mexPrintf("<%e %e %e %e>\n", double{v[0]}, double{v[1]}, double{v[2]}, double{v[3]}); }
+void debug_m128(Float4 v) { kesto::print("<%e %e %e %e>\n", double{v[0]}, double{v[1]}, double{v[2]}, double{v[3]}); }
 
 Float4 _mm_set_doubles(double d0, double d1, double d2, double d3) {
   return Float4{static_cast<float>(d0), static_cast<float>(d1), static_cast<float>(d2), static_cast<float>(d3)};

@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <vector>
 
-#include "mex/bioheat_solver.h"
+#include "heat/bioheat_solver.h"
 
 int main() {
   const int n = 41, middle = 20;  // points a side, 1 mm apart

@@ -4,7 +4,7 @@
 #include <cstddef>
 
 #include "core/constants.h"
-#include "core/host_api.h"
+#include "core/internal/host.h"
 
 ExcitationFunction::ExcitationFunction(double amplitude, double frequency, double width, double decay, int type_code)
     : type(type_code),

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "core/kernels/vector_target.h"
-#include "core/to_int32.h"
+#include "core/internal/to_int32.h"
+#include "core/vector_target.h"
 #include "fuzz/bytes.h"
 #include "fuzz/values.h"
 #include "host/ledger.h"

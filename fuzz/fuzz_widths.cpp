@@ -30,15 +30,15 @@
 #include <string>
 #include <vector>
 
-#include "core/kernels/vector_target.h"
 #include "core/medium.h"
 #include "core/numerical_integration.h"
+#include "core/vector_target.h"
 #include "excitation/hanning_pulse.h"
 #include "excitation/t_cubed_pulse.h"
 #include "excitation/tone_burst.h"
 #include "fuzz/bytes.h"
+#include "heat/bioheat_solver.h"
 #include "host/embedded_host.h"
-#include "mex/bioheat_solver.h"
 #include "tests/plain_fields.h"
 #include "transducers/circular_transducer.h"
 #include "transducers/rectangular_transducer.h"

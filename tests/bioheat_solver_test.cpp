@@ -8,7 +8,7 @@
 #include <set>
 #include <vector>
 
-#include "mex/bioheat_kernels.h"
+#include "heat/internal/bioheat_kernels.h"
 #include "tests/plain_bioheat.h"
 
 namespace {

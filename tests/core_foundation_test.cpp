@@ -12,11 +12,11 @@
 #include <sstream>
 
 #include "core/coordinate_grid.h"
+#include "core/internal/sampled_range.h"
 #include "core/numerical_helpers.h"
 #include "core/numerical_integration.h"
 #include "core/piston_apodization.h"
 #include "core/pressure_field.h"
-#include "core/sampled_range.h"
 #include "core/time_samples.h"
 #include "host/embedded_host.h"
 

@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "core/kernels/vector_target.h"
+#include "core/vector_target.h"
 #include "host/embedded_host.h"
 #include "tests/plain_fields.h"
 #include "transducers/circular_transducer.h"

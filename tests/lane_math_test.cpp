@@ -1,5 +1,5 @@
 // exp and sincos of the kernels, in every width, against long double and to the errors that their header states.
-#include "core/kernels/lane_math.h"
+#include "core/lanes/lane_math.h"
 
 #include <gtest/gtest.h>
 
@@ -9,7 +9,7 @@
 #include <random>
 #include <vector>
 
-#include "core/kernels/lane_math_arrays.h"
+#include "tests/support/lane_math_arrays.h"
 
 namespace {
 

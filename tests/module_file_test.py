@@ -19,7 +19,7 @@ HOST_FUNCTIONS = set(
     " mxGetN mxCreateNumericArray mxIsStruct mxIsNumeric mxGetScalar mxGetFieldNumber mxGetField mxMalloc mxCalloc"
     " mxRealloc mxFree".split())
 SYSTEM_FUNCTIONS = set(  # of macOS; no C++ run-time library among them
-    "__bzero bzero memcpy memmove memset snprintf getenv strcmp __stack_chk_fail __stack_chk_guard".split())
+    "__bzero bzero memcpy memmove memset snprintf vsnprintf getenv strcmp __stack_chk_fail __stack_chk_guard".split())
 
 
 def read_elf(module):

@@ -5,7 +5,7 @@
 #include <cstring>
 #include <vector>
 
-#include "mex/bioheat_solver.h"
+#include "heat/bioheat_solver.h"
 
 inline void plain_bioheat(const kesto::BioheatProblem& p, const double* real, const double* imag, double* q,
                           double* T) {

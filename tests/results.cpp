@@ -9,7 +9,7 @@
 #include "core/medium.h"
 #include "core/numerical_integration.h"
 #include "excitation/hanning_pulse.h"
-#include "mex/bioheat_solver.h"
+#include "heat/bioheat_solver.h"
 #include "transducers/circular_transducer.h"
 #include "transducers/rectangular_transducer.h"
 #include "transducers/spherical_ring_transducer.h"

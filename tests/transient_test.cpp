@@ -12,9 +12,9 @@
 #include <vector>
 
 #include "core/constants.h"
-#include "core/kernels/vector_target.h"
 #include "core/medium.h"
 #include "core/numerical_integration.h"
+#include "core/vector_target.h"
 #include "excitation/hanning_pulse.h"
 #include "excitation/t_cubed_pulse.h"
 #include "excitation/tone_burst.h"

@@ -2,8 +2,8 @@
 
 #include <iostream>
 
-#include "core/host_api.h"
-#include "transducers/disc.h"
+#include "core/internal/host.h"
+#include "transducers/disc/disc.h"
 
 CircularTransducer::CircularTransducer(double r) : radius(r) {}
 
@@ -21,7 +21,7 @@ void CircularTransducer::debug(int level) {
 
 void CircularTransducer::mex_debug(int level) {
   Transducer::mex_debug(level);
-  mexPrintf("radius: %f\n", radius);
+  kesto::print("radius: %f\n", radius);
 }
 
 int CircularTransducer::fnm_cw() { return kesto::disc_fnm_cw(*this, {radius}); }

@@ -4,7 +4,7 @@
 #include "transducers/axisymmetric_transducer.h"
 
 // The face lies in the local plane z = 0 about the origin; points behind it (z < 0) get nothing. core/transducer.h says
-// what an element needs before a computation, transducers/disc.h what each computes. Those not
+// what an element needs before a computation, transducers/disc/disc.h what each computes. Those not
 // listed here answer 1, but for the three stages of a decomposition, which are errors.
 //
 // Continuous waves are silent until the weight is set, by the last constructor or later; transients go by the

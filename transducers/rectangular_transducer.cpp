@@ -7,9 +7,10 @@
 #include <limits>
 
 #include "core/constants.h"
+#include "core/internal/host.h"
 #include "core/numerical_helpers.h"
-#include "transducers/point_road.h"
-#include "transducers/rectangle_parts.h"
+#include "fields/point_road.h"
+#include "transducers/rectangle/tables.h"
 
 namespace kesto {
 
@@ -173,8 +174,8 @@ void RectangularTransducer::debug(int level) {
 
 void RectangularTransducer::mex_debug(int level) {
   Transducer::mex_debug(level);
-  mexPrintf("width: %f\n", width);
-  mexPrintf("height: %f\n\n", height);
+  kesto::print("width: %f\n", width);
+  kesto::print("height: %f\n\n", height);
 }
 
 int RectangularTransducer::fnm_cw() {

@@ -2,8 +2,8 @@
 
 #include <iostream>
 
-#include "core/host_api.h"
-#include "transducers/disc.h"
+#include "core/internal/host.h"
+#include "transducers/disc/disc.h"
 
 RingTransducer::RingTransducer(double inner, double outer) : inner_radius(inner), outer_radius(outer) {}
 
@@ -23,8 +23,8 @@ void RingTransducer::debug(int level) {
 
 void RingTransducer::mex_debug(int level) {
   Transducer::mex_debug(level);
-  mexPrintf("inner radius: %f\n", inner_radius);
-  mexPrintf("outer radius: %f\n", outer_radius);
+  kesto::print("inner radius: %f\n", inner_radius);
+  kesto::print("outer radius: %f\n", outer_radius);
 }
 
 int RingTransducer::fnm_cw() { return kesto::disc_fnm_cw(*this, {outer_radius, inner_radius}); }

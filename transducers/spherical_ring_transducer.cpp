@@ -2,8 +2,8 @@
 
 #include <iostream>
 
-#include "core/host_api.h"
-#include "transducers/spherical_cap.h"
+#include "core/internal/host.h"
+#include "transducers/cap/cap.h"
 
 SphericalRingTransducer::SphericalRingTransducer(double inner, double outer, double focus)
     : inner_radius(inner), outer_radius(outer), focal_distance(focus) {}
@@ -27,9 +27,9 @@ void SphericalRingTransducer::debug(int level) {
 
 void SphericalRingTransducer::mex_debug(int level) {
   Transducer::mex_debug(level);
-  mexPrintf("inner radius: %f\n", inner_radius);
-  mexPrintf("outer radius: %f\n", outer_radius);
-  mexPrintf("geometric focus: %f\n\n", focal_distance);
+  kesto::print("inner radius: %f\n", inner_radius);
+  kesto::print("outer radius: %f\n", outer_radius);
+  kesto::print("geometric focus: %f\n\n", focal_distance);
 }
 
 int SphericalRingTransducer::fnm_cw() { return kesto::cap_fnm_cw(*this, {outer_radius, focal_distance, inner_radius}); }

@@ -2,8 +2,8 @@
 
 #include <iostream>
 
-#include "core/host_api.h"
-#include "transducers/spherical_cap.h"
+#include "core/internal/host.h"
+#include "transducers/cap/cap.h"
 
 SphericalTransducer::SphericalTransducer(double r, double curvature) : radius(r), roc(curvature) {}
 
@@ -24,7 +24,7 @@ void SphericalTransducer::debug(int level) {
 
 void SphericalTransducer::mex_debug(int level) {
   Transducer::mex_debug(level);
-  mexPrintf("radius: %f\n", radius);
+  kesto::print("radius: %f\n", radius);
 }
 
 int SphericalTransducer::fnm_cw() { return kesto::cap_fnm_cw(*this, {radius, roc}); }

@@ -4,7 +4,7 @@
 #include "transducers/axisymmetric_transducer.h"
 
 // A concave cap with its apex at the local origin, which radiates to its centre of curvature at (0, 0, roc); roc
-// exceeds the radius. core/transducer.h says what an element needs before a computation, transducers/spherical_cap.h
+// exceeds the radius. core/transducer.h says what an element needs before a computation, transducers/cap/cap.h
 // what each computes. Those not
 // listed here answer 1, but for the three stages of a decomposition, which are errors.
 //

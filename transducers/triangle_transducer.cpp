@@ -1,6 +1,6 @@
 #include "transducers/triangle_transducer.h"
 
-#include "transducers/point_road.h"
+#include "fields/point_road.h"
 
 int TriangleTransducer::fnm_cw() {
   kesto::frequency_of_wavelength(kesto::medium_of(*this));

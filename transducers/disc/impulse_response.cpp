@@ -1,0 +1,69 @@
+// The impulse response of a disc, and when it begins and ends.
+#include <algorithm>
+#include <cmath>
+
+#include "fields/point_road.h"
+#include "fields/traces.h"
+#include "transducers/disc/tables.h"
+
+namespace kesto {
+
+namespace {
+
+// Of the disc about the axis, at a point r from it and z over it. The velocity potential of a uniform unit velocity,
+// when the sphere of radius c t about the point cuts the disc (Oberhettinger 1961; Stepanishen 1971).
+struct DiscResponse {
+  double a, c, r, z;
+
+  // The sphere cuts the disc in an arc.
+  double arc(double t) const {
+    const double in_plane = c * c * t * t - z * z;  // squared radius of the cut
+    const double numerator = r * r + in_plane - a * a;
+    const double denominator = in_plane > 0 ? std::sqrt(in_plane) * (2 * r) : 0;
+    return std::fabs(numerator) <= denominator ? std::acos(numerator / denominator) * c / pi : 0;
+  }
+
+  double at(double t, const DiscArrivals& arrivals) const {
+    if (r > a) return t >= arrivals.near_rim && t <= arrivals.far_rim ? arc(t) : 0;
+    if (r == a && r != 0) {
+      if (!(t >= arrivals.axial && t <= arrivals.far_rim)) return 0;
+      const double sphere = c * c * t * t;
+      return sphere == z * z ? c : sphere > z * z ? arc(t) : 0;
+    }
+    // The sphere lies within the disc until it meets the near rim; on the axis the whole rim is met at once.
+    if (t >= arrivals.axial && t <= arrivals.near_rim) return c;
+    return r != 0 && t > arrivals.near_rim && t <= arrivals.far_rim ? arc(t) : 0;
+  }
+};
+
+}  // namespace
+
+int disc_impulse_begin_and_end_times(Transducer& element, DiscFace face) {
+  require_grid_and_medium(element);
+  const double c = element.medium->_soundspeed;
+  for_each_local_point(element, [&](int i, const CartesianCoordinate& p) {
+    const DiscArrivals arrivals(p, face.outer, c);
+    const double begin = arrivals.first + element.time_delay, end = arrivals.far_rim + element.time_delay;
+    element.impulse_begin_time = i == 0 ? begin : std::min(element.impulse_begin_time, begin);
+    element.impulse_end_time = i == 0 ? end : std::max(element.impulse_end_time, end);
+  });
+  return 0;
+}
+
+int disc_impulse_response(Transducer& element, DiscFace face) {
+  require_transient_output(element);
+  const TimeAxis axis(element);
+  const double c = element.medium->_soundspeed;
+  for_each_signed_disc(face, [&](double a, double sign) {
+    superpose_traces(element, axis.samples, [&](const CartesianCoordinate& p, double* trace) {
+      const DiscArrivals arrivals(p, a, c);
+      const DiscResponse response = {a, c, arrivals.r, p.z};
+      for (int k = 0; k < axis.samples; ++k) {
+        trace[k] = sign * response.at(axis.times[k] - axis.time_delay, arrivals) * element.amplitude;
+      }
+    });
+  });
+  return 0;
+}
+
+}  // namespace kesto
