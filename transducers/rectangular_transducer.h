@@ -54,6 +54,20 @@ class RectangularTransducer : public kesto::DecliningTransducer {
   // leaves the largest double and 0.
   int impulse_begin_and_end_times() override;
 
+  // The stages of a decomposition. init_fnm_tsd makes room for the tables, and again where they are there already;
+  // free_fnm_tsd releases them. KEPT: the destructor does not.
+  int init_fnm_tsd() override;
+  int free_fnm_tsd() override;
+
   double width = 0;   // m
   double height = 0;  // m
+
+  // The tables of a decomposition between init_fnm_tsd and free_fnm_tsd, else null.
+  double *tsd_t_squared = nullptr, *tsd_t_weight = nullptr;   // of the rule's nodes on [0, 1]
+  double *tsd_x = nullptr, *tsd_x_weight = nullptr;           // on [-a, a]
+  double *tsd_y = nullptr, *tsd_y_weight = nullptr;           // on [-b, b]
+  double* tsd_trace = nullptr;                                // one value to a time sample
+  double *tsd_spatial_1 = nullptr, *tsd_spatial_2 = nullptr;  // one value to a term, of the signal ...
+  double *tsd_spatial_3 = nullptr, *tsd_spatial_4 = nullptr;  // ... along rays from each of four edges
+  double* tsd_temporal = nullptr;                             // [term][time sample]
 };

@@ -7,6 +7,7 @@
 #include "core/constants.h"
 #include "core/internal/host.h"
 #include "core/numerical_helpers.h"
+#include "fields/context.h"
 #include "fields/point_road.h"
 #include "transducers/rectangle/tables.h"
 
