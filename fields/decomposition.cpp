@@ -23,8 +23,9 @@ Laned laned_for(const ExcitationFunction& signal, const TimeAxis& axis) {
   });
 }
 
-std::size_t differences_of(int terms) {
-  return static_cast<std::size_t>(samples_of_stretch) * static_cast<std::size_t>(terms * RayBlock::capacity);
+std::size_t differences_of(Span time_block, int terms) {
+  const int samples = std::min(samples_of_stretch, time_block.last - time_block.first);
+  return static_cast<std::size_t>(samples) * static_cast<std::size_t>(terms * RayBlock::capacity);
 }
 
 }  // namespace
@@ -45,12 +46,12 @@ Decomposition::Decomposition(Transducer& element, const TimeAxis& axis, Span tim
       complex_(form.terms == DecompositionForm::Terms::through_complex && laned_ == nullptr),
       terms_(signal_.number_of_tsd_terms() * (complex_ ? 2 : 1)),
       temporal_(table_size()),
-      differences_(laned_ != nullptr ? differences_of(terms_) : 0),
+      differences_(laned_ != nullptr ? differences_of(time_block, terms_) : 0),
       spatial_(terms_),
       complex_spatial_(complex_ ? terms_ / 2 : 0),
       traces_(laned_ != nullptr ? 0 : time_block.last - time_block.first) {
   fill_temporal();
-  if (laned_ != nullptr) std::fill_n(differences_.data(), differences_of(terms_), 0.0);
+  if (laned_ != nullptr) std::fill_n(differences_.data(), differences_of(time_block, terms_), 0.0);
 }
 
 void Decomposition::fill_temporal() {
@@ -90,7 +91,6 @@ void Decomposition::superpose(int i, const DelayedSlope& slope) {
 }
 
 void Decomposition::superpose_in_lanes(const RayBlock& block) {
-  const ScratchArray<int> begins(RayBlock::size_of(block.rays)), ends(RayBlock::size_of(block.rays));
   DecompositionArguments d;
   d.block = &block;
   d.times = axis_.times.data(), d.temporal = temporal_.data();
@@ -99,7 +99,7 @@ void Decomposition::superpose_in_lanes(const RayBlock& block) {
   d.pulse_width = pulse_width(), d.amplitude = element_.amplitude;
   d.reference_start = form_.reference;
   d.rounded_to_float = form_.samples == DecompositionForm::Samples::rounded_to_float;
-  d.begins = begins.data(), d.ends = ends.data(), d.differences = differences_.data();
+  d.differences = differences_.data();
   d.buffer = element_.transient_pressure, d.points = element_.global_coordinate_grid->npoints;
   laned_(signal_, d);
 }

@@ -29,7 +29,6 @@ struct DecompositionArguments {
   double start, per_sample, time_delay, pulse_width, amplitude;
   ReferenceStart reference_start;
   bool rounded_to_float;
-  int *begins, *ends;   // of every ray's pulse, [ray][lane]
   double* differences;  // [sample of a stretch][term][lane], all 0 between calls
   double* buffer;       // of the element
   std::ptrdiff_t points;

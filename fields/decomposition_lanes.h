@@ -55,6 +55,16 @@ KESTO_INLINE SpanLanes<T> within_cut_pulse(const DecompositionArguments& d, Doub
           end_of<T>(d, (travel_time + d.time_delay + d.pulse_width - d.start) * d.per_sample)};
 }
 
+// From the first of all lanes to the last.
+template <class T>
+KESTO_INLINE Span hull_of(const SpanLanes<T>& spans) {
+  Span all = {static_cast<int>(spans.first[0]), static_cast<int>(spans.last[0])};
+  for (int lane = 1; lane < T::width; ++lane) {
+    all = union_of(all, {static_cast<int>(spans.first[lane]), static_cast<int>(spans.last[lane])});
+  }
+  return all;
+}
+
 // One vector of points on its way through the samples.
 template <class PulseLanes>
 struct SuperposeRunningSums {
@@ -69,70 +79,69 @@ struct SuperposeRunningSums {
   }
 
  private:
-  // Where the pulses of a point's rays begin and end: the rays' own spans to d.begins and d.ends.
+  // Samples that no pulse of a point's rays, nor its reference, begins before or ends after.
   template <class T>
-  struct RaySpans {
-    Span all;                 // over the lanes
-    double last[T::width];    // of each lane
-  };
-  template <class T>
-  KESTO_INLINE static RaySpans<T> span_rays(const DecompositionArguments& d, const RayBlock& block, int p) {
-    Double<T> first = broadcast<T>(d.time_block.last), last = broadcast<T>(d.time_block.first);
-    for (int j = 0; j < block.rays; ++j) {
-      SpanLanes<T> ray = within_pulse<T>(d, load<T::width>(&block.delay[RayBlock::capacity * j + p]));
-      const double block_first = d.time_block.first, block_last = d.time_block.last;
-      ray.first = ray.first > block_first ? ray.first : broadcast<T>(block_first);
-      ray.last = ray.last < block_last ? ray.last : broadcast<T>(block_last);
-      for (int lane = 0; lane < T::width; ++lane) {
-        d.begins[T::width * j + lane] = static_cast<int>(ray.first[lane]);
-        d.ends[T::width * j + lane] = static_cast<int>(ray.last[lane]);
-      }
-      const Double<T> heard_first = ray.first < ray.last ? ray.first : broadcast<T>(block_last);
-      const Double<T> heard_last = ray.first < ray.last ? ray.last : broadcast<T>(block_first);
-      first = heard_first < first ? heard_first : first;
-      last = heard_last > last ? heard_last : last;
-    }
-    RaySpans<T> spans = {{d.time_block.last, d.time_block.first}, {}};
+  KESTO_INLINE static Span bounds(const DecompositionArguments& d, const RayBlock& block, int p) {
+    if (d.time_block.last - d.time_block.first <= samples_of_stretch) return d.time_block;
+    Arrivals all = block.arrivals[p];
     for (int lane = 0; lane < T::width; ++lane) {
-      spans.last[lane] = last[lane];
-      spans.all = union_of(spans.all, {static_cast<int>(first[lane]), static_cast<int>(last[lane])});
+      const Arrivals& here = block.arrivals[p + lane];
+      all.first = std::min({all.first, here.first, block.reference[p + lane]});
+      all.last = std::max({all.last, here.last, block.reference[p + lane]});
     }
-    return spans;
+    const double first = (all.first + d.time_delay - d.start) * d.per_sample;
+    const double last = (all.last + d.time_delay - d.start + d.pulse_width) * d.per_sample;
+    constexpr int rounding = 2;  // of the rays' delays against the arrivals
+    return intersection_of({clamped_index(first - rounding, d.samples), clamped_index(last + rounding, d.samples)},
+                           d.time_block);
   }
+
+  // Shortest and longest delay of each lane's rays.
+  template <class T>
+  struct DelayRange {
+    Double<T> shortest, longest;
+  };
 
   // Adds the factors of every ray where its pulse begins and takes them away where it ends, within one stretch.
   template <class T>
-  KESTO_INLINE static void scatter_rays(const PulseLanes& pulse, const DecompositionArguments& d,
-                                        const RayBlock& block, int p, Span stretch) {
+  KESTO_INLINE static DelayRange<T> scatter_rays(const PulseLanes& pulse, const DecompositionArguments& d,
+                                                 const RayBlock& block, int p, Span stretch) {
     constexpr int width = T::width;
+    const auto samples = static_cast<unsigned>(stretch.last - stretch.first);
+    DelayRange<T> range = {load<width>(&block.delay[p]), load<width>(&block.delay[p])};
     for (int j = 0; j < block.rays; ++j) {
-      const int* const begins = d.begins + width * j;
-      const int* const ends = d.ends + width * j;
       const Double<T> weight = load<width>(&block.weight[RayBlock::capacity * j + p]);
+      const Double<T> delay = load<width>(&block.delay[RayBlock::capacity * j + p]);
+      range.shortest = delay < range.shortest ? delay : range.shortest;
+      range.longest = delay > range.longest ? delay : range.longest;
+      const SpanLanes<T> ray = within_pulse<T>(d, delay);
       Double<T> factors[terms];
-      pulse.template spatial_terms<T>(load<width>(&block.delay[RayBlock::capacity * j + p]), factors);
+      pulse.template spatial_terms<T>(delay, factors);
       double of_ray[terms][width];
       for (int m = 0; m < terms; ++m) store<width>(of_ray[m], weight * factors[m]);
       for (int lane = 0; lane < width; ++lane) {
-        if (begins[lane] >= ends[lane]) continue;
-        if (begins[lane] >= stretch.first && begins[lane] < stretch.last) {
-          double* const at = d.differences + std::ptrdiff_t{begins[lane] - stretch.first} * (terms * width) + lane;
+        const int first = std::max(static_cast<int>(ray.first[lane]), d.time_block.first);
+        const int last = static_cast<int>(ray.last[lane]);
+        if (first >= last) continue;
+        const auto begin = static_cast<unsigned>(first - stretch.first);
+        const auto end = static_cast<unsigned>(last - stretch.first);
+        if (begin < samples) {
+          double* const at = d.differences + std::size_t{begin} * (terms * width) + lane;
           for (int m = 0; m < terms; ++m) at[m * width] += of_ray[m][lane];
         }
-        if (ends[lane] >= stretch.first && ends[lane] < stretch.last) {
-          double* const at = d.differences + std::ptrdiff_t{ends[lane] - stretch.first} * (terms * width) + lane;
+        if (end < samples) {
+          double* const at = d.differences + std::size_t{end} * (terms * width) + lane;
           for (int m = 0; m < terms; ++m) at[m * width] -= of_ray[m][lane];
         }
       }
     }
+    return range;
   }
 
   template <class T>
   KESTO_INLINE static void superpose_points(const PulseLanes& pulse, const DecompositionArguments& d,
                                             const RayBlock& block, int p) {
     constexpr int width = T::width;
-    const RaySpans<T> rays = span_rays<T>(d, block, p);
-    const Double<T> last_of_lane = load<width>(rays.last);
     const Double<T> reference = load<width>(block.reference + p), weight_sum = load<width>(block.weight_sum + p);
     SpanLanes<T> of_reference = within_pulse<T>(d, reference);
     if (d.reference_start == ReferenceStart::first_arrival) {
@@ -140,24 +149,22 @@ struct SuperposeRunningSums {
       for (int lane = 0; lane < width; ++lane) first_arrival[lane] = block.arrivals[p + lane].first;
       of_reference = within_cut_pulse<T>(d, first_arrival, reference);
     }
-    Span references = {static_cast<int>(of_reference.first[0]), static_cast<int>(of_reference.last[0])};
-    for (int lane = 1; lane < width; ++lane) {
-      references = union_of(references,
-                            {static_cast<int>(of_reference.first[lane]), static_cast<int>(of_reference.last[lane])});
-    }
-    references = intersection_of(references, d.time_block);
-    Span all = rays.all;
-    if (!references.empty()) all = all.empty() ? references : union_of(all, references);
 
     int count = block.count - p;
     if (count > width) count = width;
-    const bool whole_line = count == width && block.index[p + width - 1] == block.index[p] + width - 1 &&
-                            is_ascending(&block.index[p], width) && !d.rounded_to_float;
+    const bool whole_line = count == width && is_ascending(&block.index[p], width) && !d.rounded_to_float;
     Double<T> running[terms] = {};
+    const Span all = bounds<T>(d, block, p);
     for (int from = all.first; from < all.last; from += samples_of_stretch) {
       const Span stretch = {from, std::min(all.last, from + samples_of_stretch)};
-      scatter_rays<T>(pulse, d, block, p, stretch);
-      for (int k = stretch.first; k < stretch.last; ++k) {
+      const DelayRange<T> delays = scatter_rays<T>(pulse, d, block, p, stretch);
+      const Double<T> last_of_lane = within_pulse<T>(d, delays.longest).last;
+      const Span rays = hull_of<T>({first_within<T>(d, delays.shortest), last_of_lane}),
+                 references = hull_of<T>(of_reference);
+      int first_end = rays.last;
+      for (int lane = 0; lane < width; ++lane) first_end = std::min(first_end, static_cast<int>(last_of_lane[lane]));
+      const Span sounding = intersection_of(union_of(rays, references), stretch);
+      for (int k = sounding.first; k < sounding.last; ++k) {
         const double sample = k;
         Double<T> value = {};
         double* const differences = d.differences + std::ptrdiff_t{k - stretch.first} * (terms * width);
@@ -168,10 +175,10 @@ struct SuperposeRunningSums {
               d.temporal[std::ptrdiff_t{d.time_block.last - d.time_block.first} * m + (k - d.time_block.first)];
           value = multiply_add<T>(running[m], broadcast<T>(temporal), value);
         }
-        value = where_top_bit<T>(bits_of<T>(sample - last_of_lane), value);
+        if (k >= first_end) value = where_top_bit<T>(bits_of<T>(sample - last_of_lane), value);
         if (k >= references.first && k < references.last) {
-          const Double<T> v = pulse.template at<T>(d.times[k] - reference - d.time_delay) * weight_sum;
           const Bits<T> within = bits_of<T>(sample - of_reference.last) & ~bits_of<T>(sample - of_reference.first);
+          const Double<T> v = pulse.template at<T>(d.times[k] - reference - d.time_delay) * weight_sum;
           value = value - where_top_bit<T>(within, v);
         }
         value = value * d.amplitude;
@@ -185,6 +192,11 @@ struct SuperposeRunningSums {
             line[block.index[p + lane]] += d.rounded_to_float ? static_cast<double>(static_cast<float>(v)) : v;
           }
         }
+      }
+      // What ended with the last sounding sample is not of the next stretch.
+      if (sounding.last < stretch.last) {
+        double* const behind = d.differences + std::ptrdiff_t{sounding.last - stretch.first} * (terms * width);
+        for (int i = 0; i < terms * width; ++i) behind[i] = 0;
       }
     }
   }

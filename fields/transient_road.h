@@ -12,7 +12,7 @@
 #pragma once
 
 #include <algorithm>
-#include <cstddef>
+#include <numeric>
 
 #include "fields/delayed_slope.h"
 #include "fields/point_road.h"
@@ -20,49 +20,63 @@
 
 namespace kesto {
 
-// Points that are gathered together. They follow each other in the grid, hence in the lines of the output, of which
-// these touch eight cache lines each.
-constexpr int points_gathered = 64;
-
-struct RayPoint {
-  int index;  // in the grid
-  CartesianCoordinate at;
-  Arrivals arrivals;
-};
-
-// Points of a block share a window of samples. In the order of the grid, lines of the output are written whole; by
-// their first arrivals, points that lie anywhere get windows that are hardly longer than their own. Takes the better.
+// Points on their way into blocks of rays, gathered while they follow each other in the grid, hence in the lines of the
+// output, of which these touch eight cache lines each.
+//
+// The points of a block share a window of samples. In the order of the grid, lines of the output are written whole; by
+// their first arrivals, points that lie anywhere get windows that are hardly longer than their own. The better is
+// taken.
 class GatheredPoints {
  public:
-  void push(const RayPoint& point) { points_[count_++] = point; }
-  bool full() const { return count_ == points_gathered; }
+  static constexpr int capacity = 64;
+
+  int count() const { return count_; }
+  bool full() const { return count_ == capacity; }
   void clear() { count_ = 0; }
 
-  // Calls visit(first, count) with the points of each block, of at most RayBlock::capacity.
-  template <class Visit>
-  void visit_blocks(double pulse_width, Visit visit) {
-    RayPoint sorted[points_gathered];
-    std::copy_n(points_, count_, sorted);
-    std::stable_sort(sorted, sorted + count_, [](const RayPoint& a, const RayPoint& b) {
-      return a.arrivals.first < b.arrivals.first;
+  void push(int index, const CartesianCoordinate& p, Arrivals arrivals) {
+    order_[count_] = count_;
+    index_[count_] = index;
+    at_[count_] = p;
+    arrivals_[count_] = arrivals;
+    ++count_;
+  }
+
+  // To be called once the points are complete.
+  void choose_order(double pulse_width) {
+    constexpr double worth_sorting = 1.25;  // scattered writes against whole lines
+    double own = 0;
+    for (int p = 0; p < count_; ++p) own += arrivals_[p].last - arrivals_[p].first + pulse_width;
+    const double shared = windows(pulse_width) * RayBlock::capacity;
+    if (!(shared > worth_sorting * own)) return;
+    std::sort(order_, order_ + count_, [this](int a, int b) {
+      const double first = arrivals_[a].first, second = arrivals_[b].first;
+      return first < second || (first == second && a < b);
     });
-    constexpr double worth_sorting = 0.8;  // scattered writes against whole lines
-    const bool in_order = !(windows(sorted, pulse_width) < worth_sorting * windows(points_, pulse_width));
-    const RayPoint* const from = in_order ? points_ : sorted;
-    for (int at = 0; at < count_; at += RayBlock::capacity) {
-      visit(from + at, std::min(RayBlock::capacity, count_ - at));
+    if (!(shared > worth_sorting * windows(pulse_width) * RayBlock::capacity)) std::iota(order_, order_ + count_, 0);
+  }
+
+  // The points from `from` on, as many as fit.
+  void fill(RayBlock& block, int from) const {
+    block.count = std::min(RayBlock::capacity, count_ - from);
+    for (int p = 0; p < block.count; ++p) {
+      const int point = order_[from + p];
+      block.index[p] = index_[point];
+      block.x[p] = at_[point].x, block.y[p] = at_[point].y, block.z[p] = at_[point].z;
+      block.arrivals[p] = arrivals_[point];
     }
+    block.pad();
   }
 
  private:
   // The lengths of all blocks' windows together, s.
-  double windows(const RayPoint* points, double pulse_width) const {
+  double windows(double pulse_width) const {
     double sum = 0;
-    for (int at = 0; at < count_; at += RayBlock::capacity) {
-      Arrivals all = points[at].arrivals;
-      for (int p = at + 1; p < std::min(at + RayBlock::capacity, count_); ++p) {
-        all.first = std::min(all.first, points[p].arrivals.first);
-        all.last = std::max(all.last, points[p].arrivals.last);
+    for (int from = 0; from < count_; from += RayBlock::capacity) {
+      Arrivals all = arrivals_[order_[from]];
+      for (int p = from + 1; p < std::min(from + RayBlock::capacity, count_); ++p) {
+        all.first = std::min(all.first, arrivals_[order_[p]].first);
+        all.last = std::max(all.last, arrivals_[order_[p]].last);
       }
       sum += all.last - all.first + pulse_width;
     }
@@ -70,7 +84,10 @@ class GatheredPoints {
   }
 
   int count_ = 0;
-  RayPoint points_[points_gathered];
+  int order_[capacity];
+  int index_[capacity];  // in the grid
+  CartesianCoordinate at_[capacity];
+  Arrivals arrivals_[capacity];
 };
 
 // Hands the rays of all points of the grid to form.superpose(block), and special points to form.superpose(i, slope).
@@ -81,26 +98,21 @@ void superpose_rays(Transducer& element, const Face& face, Form& form) {
   RayBlock block(most_rays);
   GatheredPoints gathered[Face::edges];
   const auto flush = [&](int edge) {
-    gathered[edge].visit_blocks(form.pulse_width(), [&](const RayPoint* first, int count) {
-      block.rays = face.rays(edge);
-      block.count = count;
-      for (int p = 0; p < count; ++p) {
-        const RayPoint& point = first[p];
-        block.index[p] = point.index;
-        block.x[p] = point.at.x, block.y[p] = point.at.y, block.z[p] = point.at.z;
-        block.arrivals[p] = point.arrivals;
-      }
-      block.pad();
+    GatheredPoints& points = gathered[edge];
+    points.choose_order(form.pulse_width());
+    block.rays = face.rays(edge);
+    for (int from = 0; from < points.count(); from += RayBlock::capacity) {
+      points.fill(block, from);
       face.fill(edge, block);
       form.superpose(block);
-    });
-    gathered[edge].clear();
+    }
+    points.clear();
   };
   for_each_local_point(element, [&](int i, const CartesianCoordinate& p) {
     const int edge = face.classify(p);
     if (edge == no_field) return;
     if (edge == special_point) return form.superpose(i, face.at_special_point());
-    gathered[edge].push({i, p, face.arrivals(p)});
+    gathered[edge].push(i, p, face.arrivals(p));
     if (gathered[edge].full()) flush(edge);
   });
   for (int edge = 0; edge < Face::edges; ++edge) flush(edge);

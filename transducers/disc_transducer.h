@@ -11,9 +11,9 @@ struct DiscFace {
 };
 
 // The face lies in the local plane z = 0 about the origin and radiates towards +z; points behind it (z < 0) get nothing
-// unless said otherwise. core/transducer.h says what an element needs before a computation. Computations not listed here
-// answer 1, but for the three stages of a decomposition, which are errors. The rule is mapped to [0, pi] whatever it was
-// on, and left there.
+// unless said otherwise. core/transducer.h says what an element needs before a computation. Computations not listed
+// here answer 1, but for the three stages of a decomposition, which are errors. The rule is mapped to [0, pi] whatever
+// it was on, and left there.
 //
 // Continuous waves are silent until the weight is set; transients go by the amplitude, which starts at 1, and are
 // lossless whatever the medium attenuates.
@@ -44,8 +44,8 @@ class DiscTransducer : public AxisymmetricTransducer {
   // apodized form with a uniform velocity.
   int rayleigh_cw_sse() override;
 
-  // The earliest and the latest time at which a grid point hears the disc of the outer radius, with the element's delay.
-  // An empty grid leaves the window as it is.
+  // The earliest and the latest time at which a grid point hears the disc of the outer radius, with the element's
+  // delay. An empty grid leaves the window as it is.
   int impulse_begin_and_end_times() override;
 
   // The velocity potential's impulse response at the sample times less the delay, times the amplitude, in closed form:
@@ -59,8 +59,8 @@ class DiscTransducer : public AxisymmetricTransducer {
   // The same by time-space decomposition. KEPT: beside the disc, the reference v(t - z/c) starts with the rim's first
   // arrival.
   int fnm_tsd() override;
-  int fnm_fdtsd() override;               // through the signal's complex factors
-  int fnm_tsd_low_precision() override;   // geometry in single precision, and samples rounded to it
+  int fnm_fdtsd() override;              // through the signal's complex factors
+  int fnm_tsd_low_precision() override;  // geometry in single precision, and samples rounded to it
   // All of it in single precision, four rays at a time. The factors of a t-cubed pulse pass what a float holds from
   // A0 e^{B t} = 3e38 on.
   int fnm_tsd_sse() override;

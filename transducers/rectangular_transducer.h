@@ -28,8 +28,7 @@ class RectangularTransducer : public kesto::DecliningTransducer {
   // Single precision, four abscissas at a time, for any amplitude. A number of nodes that is no multiple of four is
   // filled up with nodes of no weight.
   int fnm_cw_sse() override;
-  // Single precision, the terms of an abscissa at once. Attenuates the reference wave E(z) alone, not E(R): callers
-  // rely on it.
+  // Single precision, the terms of an abscissa at once. KEPT: attenuates the reference wave E(z) alone, not E(R).
   int fnm_cw_sse2() override;
 
   // The Fraunhofer approximation, j f0 rho (width height) w E(R) / R sinc(k a x / R) sinc(k b y / R), a and b half the
@@ -37,17 +36,17 @@ class RectangularTransducer : public kesto::DecliningTransducer {
   int farfield_cw() override;
   virtual int farfield_cw_lossless();  // without attenuation
 
-  // The Rayleigh integral by the rule in both directions. A node that coincides with the point adds its weight to both
-  // parts of the sum: callers rely on it.
+  // The Rayleigh integral by the rule in both directions. KEPT: a node that coincides with the point adds its weight to
+  // both parts of the sum.
   int rayleigh_cw() override;
   // In single precision, four nodes at a time; those beyond a multiple of four are left out. No exception for a node at
-  // the point. Prints the distances at point 0 on the host's console: callers rely on it.
+  // the point. KEPT: prints the distances at point 0 on the host's console.
   int rayleigh_cw_sse() override;
 
   // Small radiators, each with its own far field, more of them for nearer points: s = sqrt(4 lambda z / n), m =
   // (floor(width / s) + 1) (floor(height / s) + 1) nodes in either direction, m^2 radiators. Leaves the rule with the m
-  // nodes of the last point. Points with z = 0 get nothing. The phase runs forward, e^{+jkR}, and attenuation grows
-  // with distance: callers rely on it. Error: more nodes than an index can count, so close to the face.
+  // nodes of the last point. Points with z = 0 get nothing. Error: more nodes than an index
+  // can count, so close to the face. KEPT: the phase runs forward, e^{+jkR}, and attenuation grows with distance.
   int radiator_cw() override;
 
   // The earliest and the latest time at which a grid point hears the face, with the element's delay. An empty grid

@@ -22,6 +22,7 @@ class CapRays {
       : cap_(cap),
         tables_(*element.integral, cap_transient_factor(cap, *element.medium, sign)),
         c_(element.medium->_soundspeed),
+        seconds_a_metre_(1 / c_),
         rim_(cap_, tables_),
         behind_(behind),
         at_focus_{cap.roc / c_, sign * cap.depth, element.medium->_rho_density},
@@ -37,7 +38,7 @@ class CapRays {
     const double near_rim = std::sqrt((cap_.radius - r) * (cap_.radius - r) + over_rim * over_rim);
     const double far_rim = std::sqrt((cap_.radius + r) * (cap_.radius + r) + over_rim * over_rim);
     const double reference = cap_.roc + std::copysign(std::sqrt(r * r + z * z), z);
-    return {std::min(near_rim, reference) / c_, std::max(far_rim, reference) / c_};
+    return {std::min(near_rim, reference) * seconds_a_metre_, std::max(far_rim, reference) * seconds_a_metre_};
   }
   int rays(int) const { return tables_.n; }
   void fill(int, RayBlock& block) const { fill_(rim_, c_, TravelTime::by_division, block); }
@@ -51,6 +52,7 @@ class CapRays {
   double c_;  // m/s
 
  private:
+  double seconds_a_metre_;
   CapRim rim_;
   BehindCap behind_;
   DelayedSlope at_focus_;

@@ -133,7 +133,9 @@ int RectangularTransducer::rayleigh_cw() {
   const Complex factor = rectangle_rayleigh_factor(*this);
   superpose_sums(
       *this, {{cells, wave, t.extent()}}, factor,
-      [&](const CartesianCoordinate& p) { return !(p.z >= 0) ? no_field : is_at_node(t, p) ? special_point : 0; },
+      [&](const CartesianCoordinate& p) { return !(p.z >= 0)        ? no_field
+                                                 : is_at_node(t, p) ? special_point
+                                                                    : 0; },
       [&](const CartesianCoordinate& p) { return rayleigh_sum_on_face(t, wave, p) * factor; });
   return 0;
 }

@@ -18,9 +18,9 @@ int RectangularTransducer::init_fnm_tsd() {
   const std::size_t nodes = count(integral->get_npoints()), samples = count(time_vector->nt);
   const std::size_t terms = count(excitation->number_of_tsd_terms());
   const auto array = PendingArray::uninitialised;
-  PendingArray arrays[] = {array(nodes), array(nodes), array(nodes), array(nodes),   array(nodes), array(nodes),
-                           array(samples), array(terms), array(terms), array(terms), array(terms),
-                           array(terms * samples)};
+  PendingArray arrays[] = {array(nodes), array(nodes), array(nodes),   array(nodes),
+                           array(nodes), array(nodes), array(samples), array(terms),
+                           array(terms), array(terms), array(terms),   array(terms * samples)};
   double** const fields[] = {&tsd_t_squared, &tsd_t_weight,  &tsd_x,         &tsd_x_weight,
                              &tsd_y,         &tsd_y_weight,  &tsd_trace,     &tsd_spatial_1,
                              &tsd_spatial_2, &tsd_spatial_3, &tsd_spatial_4, &tsd_temporal};
