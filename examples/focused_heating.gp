@@ -1,6 +1,5 @@
 # Pressure amplitude and temperature rise in the plane y = 0, from focused_heating_xz.dat in the working directory.
 
-set encoding utf8
 data = 'focused_heating_xz.dat'
 viridis = "(0 '#440154', 1 '#472d7b', 2 '#3b528b', 3 '#2c728e', 4 '#21918c', 5 '#28ae80', 6 '#5ec962', \
             7 '#addc30', 8 '#fde725')"

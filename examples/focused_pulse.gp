@@ -1,6 +1,5 @@
 # The pulse in the plane y = 0 and at the focus, from focused_pulse_*.dat in the working directory.
 
-set encoding utf8
 data = 'focused_pulse_plane.dat'
 stats data using 3 nooutput
 last = STATS_blocks - 1
@@ -75,7 +74,6 @@ do for [n = 0:5] {
 unset multiplot
 
 reset
-set encoding utf8
 eval picture(900, 480)
 set output 'focused_pulse_focus.png'
 set tics out nomirror

@@ -1,6 +1,5 @@
 # Pictures of the validation's tables in the working directory.
 
-set encoding utf8
 png(width, height) = sprintf("set terminal %s size %d, %d enhanced", \
   strstrt(GPVAL_TERMINALS, 'pngcairo') ? "pngcairo font 'sans,12'" : 'png', width, height)
 eval png(1100, 560)
