@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 
 #include "excitation/lanes/pulse_lanes.h"
 #include "fields/decomposition.h"
@@ -23,6 +24,13 @@ KESTO_INLINE Double<T> floor_of(Double<T> x) {
 template <class T>
 KESTO_INLINE Double<T> clamped(Double<T> position, double count) {
   return position > 0.0 ? (position < count ? position : broadcast<T>(count)) : Double<T>{};
+}
+
+// Integers of up to 31 bits and a sign, in the low half of each.
+template <class T>
+KESTO_INLINE void store_integers(std::uint64_t* to, Double<T> integers) {
+  const Bits<T> bits = bits_of<T>(integers + round_in_place);
+  __builtin_memcpy(to, &bits, sizeof bits);
 }
 
 template <class T>
@@ -107,24 +115,26 @@ struct SuperposeRunningSums {
   KESTO_INLINE static DelayRange<T> scatter_rays(const PulseLanes& pulse, const DecompositionArguments& d,
                                                  const RayBlock& block, int p, Span stretch) {
     constexpr int width = T::width;
-    const auto samples = static_cast<unsigned>(stretch.last - stretch.first);
+    const auto samples = static_cast<std::uint32_t>(stretch.last - stretch.first);
+    const double block_first = d.time_block.first, stretch_first = stretch.first;
     DelayRange<T> range = {load<width>(&block.delay[p]), load<width>(&block.delay[p])};
     for (int j = 0; j < block.rays; ++j) {
       const Double<T> weight = load<width>(&block.weight[RayBlock::capacity * j + p]);
       const Double<T> delay = load<width>(&block.delay[RayBlock::capacity * j + p]);
       range.shortest = delay < range.shortest ? delay : range.shortest;
       range.longest = delay > range.longest ? delay : range.longest;
-      const SpanLanes<T> ray = within_pulse<T>(d, delay);
+      SpanLanes<T> ray = within_pulse<T>(d, delay);
+      if (d.time_block.first > 0) ray.first = ray.first > block_first ? ray.first : broadcast<T>(block_first);
+      std::uint64_t begins[width], ends[width];  // in the stretch, by their low 32 bits
+      store_integers<T>(begins, ray.first - stretch_first);
+      store_integers<T>(ends, ray.last - stretch_first);
       Double<T> factors[terms];
       pulse.template spatial_terms<T>(delay, factors);
       double of_ray[terms][width];
       for (int m = 0; m < terms; ++m) store<width>(of_ray[m], weight * factors[m]);
       for (int lane = 0; lane < width; ++lane) {
-        const int first = std::max(static_cast<int>(ray.first[lane]), d.time_block.first);
-        const int last = static_cast<int>(ray.last[lane]);
-        if (first >= last) continue;
-        const auto begin = static_cast<unsigned>(first - stretch.first);
-        const auto end = static_cast<unsigned>(last - stretch.first);
+        const auto begin = static_cast<std::uint32_t>(begins[lane]), end = static_cast<std::uint32_t>(ends[lane]);
+        if (static_cast<std::int32_t>(begin) >= static_cast<std::int32_t>(end)) continue;
         if (begin < samples) {
           double* const at = d.differences + std::size_t{begin} * (terms * width) + lane;
           for (int m = 0; m < terms; ++m) at[m * width] += of_ray[m][lane];
