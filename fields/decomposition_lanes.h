@@ -155,7 +155,7 @@ struct SuperposeRunningSums {
     const Double<T> reference = load<width>(block.reference + p), weight_sum = load<width>(block.weight_sum + p);
     SpanLanes<T> of_reference = within_pulse<T>(d, reference);
     if (d.reference_start == ReferenceStart::first_arrival) {
-      Double<T> first_arrival;
+      Double<T> first_arrival = {};
       for (int lane = 0; lane < width; ++lane) first_arrival[lane] = block.arrivals[p + lane].first;
       of_reference = within_cut_pulse<T>(d, first_arrival, reference);
     }
