@@ -82,6 +82,7 @@ void Decomposition::fill_temporal() {
 }
 
 void Decomposition::superpose(const RayBlock& block) {
+  if (block.rays == 0) return;  // a rule without nodes
   laned_ != nullptr ? superpose_in_lanes(block) : superpose_ray_by_ray(block);
 }
 

@@ -88,8 +88,9 @@ template <class SuperposeFaces>
 void decompose(Transducer& element, DecompositionForm form, SuperposeFaces superpose_faces) {
   const TimeAxis axis(element);
   const int most = samples_of_time_block(axis.samples, element.excitation->number_of_tsd_terms());
-  for (int first = 0; first < axis.samples; first += most) {
-    Decomposition decomposition(element, axis, {first, std::min(axis.samples, first + most)}, form);
+  for (int first = 0, last = 0; first < axis.samples; first = last) {
+    last = first + std::min(most, axis.samples - first);
+    Decomposition decomposition(element, axis, {first, last}, form);
     superpose_faces(decomposition);
   }
 }
