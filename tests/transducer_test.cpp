@@ -18,9 +18,7 @@
 
 #include "core/medium.h"
 #include "core/numerical_integration.h"
-#include "excitation/hanning_pulse.h"
-#include "excitation/t_cubed_pulse.h"
-#include "excitation/tone_burst.h"
+#include "excitation/lanes/pulse_lanes.h"
 #include "host/embedded_host.h"
 
 namespace {
@@ -301,13 +299,22 @@ TEST(Excitation, HasTheDerivativeOfItsValue) {
   const double h = width * 1e-5;
   for (const PulseCase& pulse : pulses()) {
     const auto v = pulse.make(1.0);
-    double largest = 0, worst = 0;
-    for (int k = 2; k <= 98; ++k) {
+    double largest = 0, worst = 0, largest_value = 0, in_lanes = 0, slope_in_lanes = 0;
+    for (int k = -5; k <= 105; ++k) {
       const double t = k * width / 100, slope = (v->at(t + h) - v->at(t - h)) / (2 * h);
-      largest = std::max(largest, std::abs(slope));
-      worst = std::max(worst, std::abs(v->derivative(t) - slope));
+      largest = std::max(largest, std::abs(slope)), largest_value = std::max(largest_value, std::abs(v->at(t)));
+      if (k % 100 != 0) worst = std::max(worst, std::abs(v->derivative(t) - slope));
+      kesto::visit_pulse_lanes<int>(*v, [&](const auto& lanes) {
+        using B = kesto::Baseline;
+        const auto both = kesto::broadcast<B>(t);
+        in_lanes = std::max(in_lanes, std::abs(lanes.template at<B>(both)[1] - v->at(t)));
+        slope_in_lanes = std::max(slope_in_lanes, std::abs(lanes.template derivative<B>(both)[0] - v->derivative(t)));
+        return 0;
+      });
     }
     EXPECT_LT(worst, 1e-7 * largest) << pulse.name;
+    EXPECT_LT(in_lanes, 1e-15 * largest_value) << pulse.name;
+    EXPECT_LT(slope_in_lanes, 1e-15 * largest) << pulse.name;
   }
 }
 
