@@ -10,6 +10,7 @@
 
 #include "heat/internal/bioheat_kernels.h"
 #include "tests/plain_bioheat.h"
+#include "tests/support/targets.h"
 
 namespace {
 
@@ -35,8 +36,7 @@ void expect_plain(kesto::BioheatProblem p, const std::vector<double>& odd_values
   for (const double value : odd_values) plain.real[random_bits() % plain.n] = value;
   Fields fast = plain;
   plain_bioheat(p, plain.real.data(), plain.imag.data(), plain.heat.data(), plain.temperature.data());
-  for (const kesto::VectorTarget target : kesto::all_vector_targets) {
-    if (!kesto::is_available(target)) continue;
+  for (const kesto::VectorTarget target : kesto::available_targets()) {
     std::fill(fast.temperature.begin(), fast.temperature.end(), 7.0);
     solve(p, fast, target);
     ASSERT_TRUE(same_bits(fast.temperature.data(), plain.temperature))
@@ -61,13 +61,8 @@ TEST(BioheatSolver, EqualsThePlainLoopsOnEveryShape) {
 
 TEST(BioheatSolver, EveryTargetHasAKernelOfItsOwn) {
   std::set<kesto::RelaxDiagonals> kernels;
-  size_t available = 0;
-  for (const kesto::VectorTarget target : kesto::all_vector_targets) {
-    if (!kesto::is_available(target)) continue;
-    ++available;
-    kernels.insert(kesto::relax_diagonals(target));
-  }
-  EXPECT_EQ(kernels.size(), available);
+  for (const auto target : kesto::available_targets()) kernels.insert(kesto::relax_diagonals(target));
+  EXPECT_EQ(kernels.size(), kesto::available_targets().size());
 }
 
 TEST(BioheatSolver, EqualsThePlainLoopsForNonFiniteNumbers) {

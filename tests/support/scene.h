@@ -10,8 +10,8 @@
 
 #include "core/medium.h"
 #include "core/numerical_integration.h"
-#include "core/vector_target.h"
 #include "host/embedded_host.h"
+#include "tests/support/targets.h"
 #include "transducers/circular_transducer.h"
 #include "transducers/rectangular_transducer.h"
 #include "transducers/ring_transducer.h"
@@ -19,6 +19,8 @@
 #include "transducers/spherical_transducer.h"
 
 namespace scenes {
+
+using kesto::at_every_width;
 
 using Point = CartesianCoordinate;
 using Points = std::vector<Point>;
@@ -136,24 +138,6 @@ inline Outcome run(const Scene& scene, Transducer& t, const std::function<int(Tr
     out.answer = compute(t);
   });
   return out;
-}
-
-inline std::vector<kesto::VectorTarget> available_targets() {
-  std::vector<kesto::VectorTarget> available;
-  for (const kesto::VectorTarget target : kesto::all_vector_targets) {
-    if (kesto::is_available(target)) available.push_back(target);
-  }
-  return available;
-}
-
-// Calls visit(target) with each target of this machine in force, the baseline first.
-template <class Visit>
-void at_every_width(const Visit& visit) {
-  for (const kesto::VectorTarget target : available_targets()) {
-    setenv("KESTO_VECTOR_TARGET", kesto::name_of(target), 1);
-    visit(target);
-  }
-  unsetenv("KESTO_VECTOR_TARGET");
 }
 
 }  // namespace scenes
