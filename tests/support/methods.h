@@ -1,6 +1,7 @@
 // The table of methods: which element offers it, its computation, its plain form, and how near the two are.
 #pragma once
 
+#include <ostream>
 #include <string>
 
 #include "tests/support/plain_fields.h"
@@ -168,6 +169,7 @@ struct MethodOfShape {
   const Method* method;
   Shape shape;
   std::string name() const { return std::string(name_of(shape)) + '_' + method->name; }
+  friend std::ostream& operator<<(std::ostream& out, const MethodOfShape& m) { return out << m.name(); }
 };
 struct NameOfMethod {
   template <class Info>
