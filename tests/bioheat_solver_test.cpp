@@ -13,6 +13,7 @@
 #include "heat/internal/solve.h"
 #include "tests/exact_bioheat.h"
 #include "tests/plain_bioheat.h"
+#include "tests/support/targets.h"
 
 namespace {
 
@@ -43,8 +44,7 @@ void expect_plain(kesto::BioheatProblem p, const std::vector<double>& odd_values
   solve_steady_bioheat(p, fast.real.data(), fast.imag.data(), fast.heat.data(), fast.temperature.data());
   expect_equal("as called");
   if (p.n0 < 3 || p.n1 < 3 || p.n2 < 3) return;
-  for (const kesto::VectorTarget target : kesto::all_vector_targets) {
-    if (!kesto::is_available(target)) continue;
+  for (const kesto::VectorTarget target : kesto::available_targets()) {
     reset();
     solve_in_lanes(target, p, fast.real.data(), fast.imag.data(), fast.temperature.data());
     expect_equal(kesto::name_of(target));
