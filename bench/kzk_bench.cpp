@@ -31,7 +31,8 @@ Medium tissue() {
 BeamPlan plan_of(int harmonics, double nodes_over_radius) {
   const double r = 0, z = 90e-3;
   BeamPlan plan = kesto::plan_beam(bowl, kesto::wave_of(tissue(), pressure / (1540 * 1050)), 0,
-                                   nodes_over_radius > 0 ? bowl.radius / (nodes_over_radius + 0.5) : 0, 0, {1, &r, &z});
+                                   nodes_over_radius > 0 ? bowl.radius / (nodes_over_radius + 0.5) : 0, 0, {1, &r, &z},
+                                   kesto::harmonic_resolution);
   plan.first_step = plan.step;
   plan.harmonics = harmonics;
   return plan;

@@ -268,7 +268,7 @@ bool march_harmonics(const BeamSource& source, Complex velocity, const Medium& m
   check_source(source);
   const BeamWave wave = wave_of(medium, std::abs(velocity));
   const int harmonics = checked_harmonics(source, steps, wave, points, first, last);
-  BeamPlan plan = plan_beam(source, wave, steps.dz, steps.dr, steps.rmax, points);
+  BeamPlan plan = plan_beam(source, wave, steps.dz, steps.dr, steps.rmax, points, harmonic_resolution);
   plan.harmonics = harmonics;
   PointQueue queue(plan, points);
   HarmonicMarch march(plan, source, medium._rho_density * medium._soundspeed * velocity);
@@ -276,12 +276,7 @@ bool march_harmonics(const BeamSource& source, Complex velocity, const Medium& m
     print("Nonlinear beam: %d harmonics, dz %.3g to %.3g mm, dr %.3g mm, radius %.3g mm at the source (%d nodes).\n",
           harmonics, 1e3 * plan.first_step, 1e3 * plan.step, 1e3 * plan.grid.dr, 1e3 * plan.grid.rmax, plan.grid.nodes);
   }
-  if (plan.outside > 0) {
-    char text[160];
-    std::snprintf(text, sizeof text, "%zu points lie outside the domain of the nonlinear beam and get no pressure.",
-                  plan.outside);
-    warn(text);
-  }
+  warn_of_points_outside(plan);
 
   const std::size_t listed = static_cast<std::size_t>(last - first + 1);
   std::vector<Complex> results(listed * points.count);

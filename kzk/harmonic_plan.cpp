@@ -16,8 +16,6 @@ namespace {
 // centre by up to this phase: past the second minimum before the last maximum of a disc, as far before and behind a
 // focus.
 constexpr double phase_of_rim = 10;
-constexpr double nodes_over_radius = 1000;
-constexpr double steps_over_rayleigh = 800;  // rayleigh / step
 constexpr int planes_of_first_stages = 256;
 constexpr double extent = 2;          // radius of the domain over that of the source, at least
 constexpr double layer_width = 0.75;  // over the radius of the source
@@ -78,7 +76,7 @@ void check_source(const BeamSource& source) {
 }
 
 BeamPlan plan_beam(const BeamSource& source, const BeamWave& wave, double dz, double dr, double rmax,
-                   const BeamPoints& points) {
+                   const BeamPoints& points, BeamResolution resolution) {
   check_length(dz, "The axial step of a nonlinear beam must not be negative.\n");
   check_length(dr, "The radial step of a nonlinear beam must not be negative.\n");
   check_length(rmax, "The radius of a nonlinear beam's domain must not be negative.\n");
@@ -99,13 +97,14 @@ BeamPlan plan_beam(const BeamSource& source, const BeamWave& wave, double dz, do
   const double reach = plan.end > 0 ? plan.end : plan.frame.rayleigh;
   if (dz > reach) fail("The axial step of a nonlinear beam is wider than its domain.\n");
 
-  plan.step = dz > 0 ? dz : plan.frame.rayleigh / steps_over_rayleigh;
+  constexpr double fewest_planes = 100;
+  plan.step = dz > 0 ? dz : std::min(plan.frame.rayleigh / resolution.planes, reach / fewest_planes);
   plan.first_step = dz > 0 ? dz : std::min(plan.step, 0.1 * wavelength);
   plan.planes_of_stage = planes_of_first_stages;
   if (dz <= 0) plan.first_step = plan.step / std::exp2(std::ceil(std::log2(plan.step / plan.first_step)));
 
   RadialGrid& grid = plan.grid;
-  grid.dr = dr > 0 ? dr : fitted_dr(source, std::max(nodes_over_radius, 10 * a / wavelength));
+  grid.dr = dr > 0 ? dr : fitted_dr(source, std::max(resolution.nodes, 10 * a / wavelength));
   constexpr double widest_by_default = 20;
   grid.rmax = rmax > 0 ? rmax : a * std::min(std::max(extent, 1.02 * widest / a), widest_by_default);
   const double nodes = std::ceil((grid.rmax + layer_width * a) / grid.dr);
@@ -116,6 +115,14 @@ BeamPlan plan_beam(const BeamSource& source, const BeamWave& wave, double dz, do
   }
   if ((plan.end / plan.step) > 1e8) fail("The axial step of a nonlinear beam is too fine for its range.\n");
   return plan;
+}
+
+void warn_of_points_outside(const BeamPlan& plan) {
+  if (plan.outside == 0) return;
+  char text[160];
+  std::snprintf(text, sizeof text, "%zu points lie outside the domain of the nonlinear beam and get no pressure.",
+                plan.outside);
+  warn(text);
 }
 
 int harmonics_for(const BeamSource& source, const BeamWave& wave, double farthest) {

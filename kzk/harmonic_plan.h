@@ -38,10 +38,17 @@ BeamPlace place_of(const ScaledFrame& frame, double r, double z);
 BeamWave wave_of(const Medium& medium, double velocity);
 void check_source(const BeamSource& source);
 
-// Frame, radial grid and axial steps. `finer` is how many times finer than for a linear wave steps and nodes are
-// chosen.
+// How fine a plan is where the caller leaves it open: nodes over the source's radius, planes over z0.
+struct BeamResolution {
+  double nodes, planes;
+};
+constexpr BeamResolution harmonic_resolution = {1000, 800}, pulse_resolution = {500, 400};
+
+// Frame, radial grid and axial steps.
 BeamPlan plan_beam(const BeamSource& source, const BeamWave& wave, double dz, double dr, double rmax,
-                   const BeamPoints& points);
+                   const BeamPoints& points, BeamResolution resolution);
+
+void warn_of_points_outside(const BeamPlan& plan);
 
 // The harmonics that carry the beam to its farthest point.
 int harmonics_for(const BeamSource& source, const BeamWave& wave, double farthest);

@@ -2,6 +2,7 @@
 
 #include "core/lanes/outermost.h"
 #include "kzk/lanes/nonlinear_lanes.h"
+#include "kzk/lanes/pulse_lanes.h"
 
 namespace kesto {
 
@@ -54,6 +55,26 @@ struct Nonlinear {
   }
 };
 
+struct PulseBackwardEuler {
+  template <class T>
+  KESTO_INLINE static void run(const PulseDiffractionWork& w, double* field) {
+    pulse_diffraction_lanes<T, false>(w, field);
+    pulse_diffraction_lanes<T, false>(w, field);
+  }
+};
+struct PulseCrankNicolson {
+  template <class T>
+  KESTO_INLINE static void run(const PulseDiffractionWork& w, double* field) {
+    pulse_diffraction_lanes<T, true>(w, field);
+  }
+};
+struct Distort {
+  template <class T>
+  KESTO_INLINE static void run(const PulseDistortionWork& w, double* field) {
+    distort_lanes<T>(w, field);
+  }
+};
+
 template <class Kernel, class... Args>
 struct Outermost {
   static void baseline(Args... args) {
@@ -81,6 +102,9 @@ KzkKernels kzk_kernels(VectorTarget target) {
   k.backward_euler = function_on<Outermost<BackwardEuler, const DiffractionWork&, double*>>(target);
   k.crank_nicolson = function_on<Outermost<CrankNicolson, const DiffractionWork&, double*>>(target);
   k.nonlinear = function_on<Outermost<Nonlinear, const NonlinearWork&, double*>>(target);
+  k.pulse_backward_euler = function_on<Outermost<PulseBackwardEuler, const PulseDiffractionWork&, double*>>(target);
+  k.pulse_crank_nicolson = function_on<Outermost<PulseCrankNicolson, const PulseDiffractionWork&, double*>>(target);
+  k.distort = function_on<Outermost<Distort, const PulseDistortionWork&, double*>>(target);
   return k;
 }
 
@@ -89,11 +113,17 @@ int nonlinear_scratch(int width, int harmonics, int transform) {
   return transform > 0 ? (12 * padded + 4 * transform) * width : 6 * padded * width;
 }
 
-int transform_length(int harmonics) {
-  int power = 4;
-  while (power <= 3 * harmonics) power *= 2;
-  const int three = power / 4 * 3;
-  return three > 3 * harmonics ? three : power;
+int pulse_scratch(int width, int samples, int transform) {
+  return (pulse_vectors * samples + 2 * (samples + 3) + 4 * transform) * width;
 }
+
+int transform_of(int values) {
+  int power = 4;
+  while (power < values) power *= 2;
+  const int three = power / 4 * 3;
+  return three >= values ? three : power;
+}
+
+int transform_length(int harmonics) { return transform_of(3 * harmonics + 1); }
 
 }  // namespace kesto
