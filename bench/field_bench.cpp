@@ -22,7 +22,7 @@
 #include "core/medium.h"
 #include "core/numerical_integration.h"
 #include "core/vector_target.h"
-#include "fields/continuous_wave.h"
+#include "fields/context.h"
 #include "transducers/circular_transducer.h"
 #include "transducers/rectangular_transducer.h"
 #include "transducers/spherical_transducer.h"
@@ -204,35 +204,22 @@ KESTO_INLINE double operate() {
 }
 
 template <Operation operation>
-double operate_baseline() {
-  return operate<kesto::Baseline, operation>();
-}
-#if KESTO_X86_64
-template <Operation operation>
-KESTO_TARGET_AVX2_FMA double operate_avx2() {
-  return operate<kesto::Avx2Fma, operation>();
-}
-template <Operation operation>
-KESTO_TARGET_AVX512 double operate_avx512() {
-  return operate<kesto::Avx512, operation>();
-}
-#endif
-
-template <Operation operation>
-double (*operate_on(VectorTarget target))() {
-  switch (target) {
-#if KESTO_X86_64
-    case VectorTarget::avx2: return operate_avx2<operation>;
-    case VectorTarget::avx512: return operate_avx512<operation>;
-#endif
-    default: return operate_baseline<operation>;
+struct Operate {
+  using Signature = void(double& result);
+  template <class T>
+  KESTO_INLINE static void run(double& result) {
+    result = operate<T, operation>();
   }
-}
+};
 
-void bound(benchmark::State& state, double (*body)()) {
+void bound(benchmark::State& state, void (*body)(double&)) {
   std::vector<double> cycles;
   for (auto _ : state) {
-    const double time = own_seconds([&] { benchmark::DoNotOptimize(body()); });
+    const double time = own_seconds([&] {
+      double result = 0;
+      body(result);
+      benchmark::DoNotOptimize(result);
+    });
     state.SetIterationTime(time);
     cycles.push_back(time * cycles_per_second() / rounds / chains);
   }
@@ -243,7 +230,8 @@ template <Operation operation>
 void register_bound(const std::string& name) {
   for (const VectorTarget target : kesto::all_vector_targets) {
     if (!kesto::is_available(target)) continue;
-    benchmark::RegisterBenchmark((name + "/" + kesto::name_of(target)).c_str(), bound, operate_on<operation>(target))
+    benchmark::RegisterBenchmark((name + "/" + kesto::name_of(target)).c_str(), bound,
+                                 kesto::kernel_on<Operate<operation>>(target))
         ->UseManualTime()
         ->Iterations(21);
   }

@@ -1,12 +1,15 @@
 // The transient fields beside the plain direct form at -O2, timed in turn within one run.
 //
-// Rows: form / shape / pulse / abscissas / sampling frequency / vector target. Counters: microseconds a point, how many
-// times faster than the plain direct form, and the largest difference from it over the field's maximum.
+// Rows: form / shape / pulse / abscissas / sampling frequency / layout of the points / vector target. Counters:
+// microseconds a point, how many times faster than the plain direct form, and the largest difference from it over the
+// field's maximum.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <numeric>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -27,6 +30,8 @@ constexpr double rho = 1000, speed = 1500, radius = 8e-3, roc = 30e-3;
 enum class Form { direct, decomposed };
 enum class Shape { disc, shell };
 enum class Pulse { hanning, tone };
+enum class Layout { grid, rows, columns, list };
+constexpr const char* layout_names[] = {"grid", "rows", "columns", "list"};
 
 struct Row {
   Form form;
@@ -34,26 +39,55 @@ struct Row {
   Pulse pulse;
   int abscissas;
   double sampling;  // Hz
+  Layout layout;
   kesto::VectorTarget target;
 };
 
-// 24 x 32 points before the face and about the focus; from before the first arrival to after the last.
+struct Scene {
+  double pulse_width, tmin, tmax;  // s
+};
+
+// 24 x 32 points before the face and about the focus; from before the first arrival to after the last. The other
+// layouts are 1,500 points of a plane, 60 across from 0 to 12 mm and 25 along from 8 to 60 mm, ordered along x, along z
+// or not at all.
+Scene fill(CoordinateGrid& grid, Layout layout, double sampling) {
+  if (layout == Layout::grid) {
+    grid.RegularCoordinateGrid(0, 6.9e-3, 0, 0, 15e-3, 38.25e-3, 0.3e-3, 1e-3, 0.75e-3);
+    return {1.5e-6, 7e-6, 35e-6};
+  }
+  constexpr int across = 60, along = 25, points = across * along;
+  std::vector<int> order(points);
+  std::iota(order.begin(), order.end(), 0);
+  if (layout == Layout::columns) {
+    for (int i = 0; i < points; ++i) order[static_cast<std::size_t>(i)] = i / along + i % along * across;
+  } else if (layout == Layout::list) {
+    std::shuffle(order.begin(), order.end(), std::mt19937(7));
+  }
+  std::vector<double> columns(3 * points);
+  for (std::size_t i = 0; i < points; ++i) {
+    columns[i] = order[i] % across * (12e-3 / across);
+    columns[i + 2 * points] = 8e-3 + order[i] / across * (52e-3 / along);
+  }
+  grid.CoordinateGridVector(columns.data(), points);
+  return {3e-6, 0, 959 / sampling};
+}
+
 void transient(benchmark::State& state, Row row) {
   setenv("KESTO_VECTOR_TARGET", kesto::name_of(row.target), 1);
   Medium medium;
   medium._soundspeed = speed, medium._rho_density = rho;
   CoordinateGrid grid;
-  grid.RegularCoordinateGrid(0, 6.9e-3, 0, 0, 15e-3, 38.25e-3, 0.3e-3, 1e-3, 0.75e-3);
+  const Scene scene = fill(grid, row.layout, row.sampling);
   const std::size_t points = static_cast<std::size_t>(grid.npoints);
-  TimeSamples time(1 / row.sampling, 7e-6, 35e-6);
+  TimeSamples time(1 / row.sampling, scene.tmin, scene.tmax);
   const std::size_t samples = static_cast<std::size_t>(time.nt);
   NumericalIntegration rule;
   rule.allocate_memory(row.abscissas);
   rule.gauss_quadrature();
   const std::vector<double> x(rule.abscissa, rule.abscissa + row.abscissas);
   const std::vector<double> w(rule.weight, rule.weight + row.abscissas);
-  HanningPulse hanning(1, 2e6, 1.5e-6, 0, 2);
-  ToneBurst tone(1, 2e6, 1.5e-6, 0, 1);
+  HanningPulse hanning(1, 2e6, scene.pulse_width, 0, 2);
+  ToneBurst tone(1, 2e6, scene.pulse_width, 0, 1);
   ExcitationFunction* const pulse = row.pulse == Pulse::hanning ? static_cast<ExcitationFunction*>(&hanning) : &tone;
   CircularTransducer disc(radius, 1, 0);
   SphericalTransducer shell(radius, roc, 1, 0);
@@ -95,25 +129,29 @@ void transient(benchmark::State& state, Row row) {
   unsetenv("KESTO_VECTOR_TARGET");
 }
 
+void add_row(const Row& row) {
+  const std::string name = std::string(row.form == Form::direct ? "direct" : "decomposed") +
+                           (row.shape == Shape::disc ? "/disc" : "/shell") +
+                           (row.pulse == Pulse::hanning ? "/hanning/" : "/tone/") + std::to_string(row.abscissas) +
+                           "/" + std::to_string(static_cast<int>(row.sampling / 1e6)) + "MHz/" +
+                           layout_names[static_cast<int>(row.layout)] + "/" + name_of(row.target);
+  benchmark::RegisterBenchmark(name.c_str(), transient, row)->UseManualTime()->Iterations(5);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-  for (const Form form : {Form::direct, Form::decomposed}) {
-    for (const Shape shape : {Shape::disc, Shape::shell}) {
-      for (const Pulse pulse : {Pulse::hanning, Pulse::tone}) {
-        for (const int n : {16, 50}) {
-          for (const double sampling : {16e6, 64e6}) {
-            for (const kesto::VectorTarget target : kesto::all_vector_targets) {
-              if (!kesto::is_available(target)) continue;
-              const std::string name = std::string(form == Form::direct ? "direct" : "decomposed") +
-                                       (shape == Shape::disc ? "/disc" : "/shell") +
-                                       (pulse == Pulse::hanning ? "/hanning/" : "/tone/") + std::to_string(n) + "/" +
-                                       std::to_string(static_cast<int>(sampling / 1e6)) + "MHz/" + name_of(target);
-              benchmark::RegisterBenchmark(name.c_str(), transient, Row{form, shape, pulse, n, sampling, target})
-                  ->UseManualTime()
-                  ->Iterations(5);
-            }
+  for (const kesto::VectorTarget target : kesto::all_vector_targets) {
+    if (!kesto::is_available(target)) continue;
+    for (const Form form : {Form::direct, Form::decomposed}) {
+      for (const Shape shape : {Shape::disc, Shape::shell}) {
+        for (const Pulse pulse : {Pulse::hanning, Pulse::tone}) {
+          for (const int n : {16, 50}) {
+            for (const double sampling : {16e6, 64e6}) add_row({form, shape, pulse, n, sampling, Layout::grid, target});
           }
+        }
+        for (const Layout layout : {Layout::rows, Layout::columns, Layout::list}) {
+          add_row({form, shape, Pulse::hanning, 50, 16e6, layout, target});
         }
       }
     }

@@ -2,8 +2,16 @@
 # is found, and for MATLAB on demand. SOURCES is its gateway; LIBRARIES are the static libraries that it stands on, whose
 # sources are compiled again for hosts that bring a header or a compiler driver of their own.
 
-# The version manifest. Its UUID is fresh with every configuration; SOURCE_DATE_EPOCH makes it reproducible.
-string(TIMESTAMP KESTO_BUILD_TIME "%s" UTC)
+# The version manifest. Its UUID hangs on the version and on the time of the first configuration with it, so that it stays
+# from run to run; SOURCE_DATE_EPOCH makes it reproducible.
+if(DEFINED ENV{SOURCE_DATE_EPOCH} OR NOT KESTO_BUILD_VERSION STREQUAL PROJECT_VERSION)
+  string(TIMESTAMP build_time "%s" UTC)
+  set(KESTO_BUILD_TIME ${build_time} CACHE INTERNAL "Seconds since 1970, in the manifest's UUID")
+  set(KESTO_BUILD_VERSION ${PROJECT_VERSION} CACHE INTERNAL "The version that KESTO_BUILD_TIME belongs to")
+endif()
+
+# Every module, for every host: what users put on their path.
+add_custom_target(kesto_toolbox)
 
 set(KESTO_MEX_COMMON_DIR ${PROJECT_SOURCE_DIR}/mex/common)
 if(APPLE)
@@ -33,9 +41,7 @@ function(kesto_add_mex_module name)
   string(UUID KESTO_BUILD_UUID NAMESPACE 6ba7b812-9dad-11d1-80b4-00c04fd430c8
          NAME "kesto ${name} ${PROJECT_VERSION} ${KESTO_BUILD_TIME}" TYPE SHA1)
   set(generated ${CMAKE_CURRENT_BINARY_DIR}/${name})
-  if(NOT EXISTS ${generated}/manifest_text.h OR DEFINED ENV{SOURCE_DATE_EPOCH})
-    configure_file(${KESTO_MEX_COMMON_DIR}/manifest_text.h.in ${generated}/manifest_text.h @ONLY)
-  endif()
+  configure_file(${KESTO_MEX_COMMON_DIR}/manifest_text.h.in ${generated}/manifest_text.h @ONLY)
   list(TRANSFORM arg_SOURCES PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/)
   list(APPEND arg_SOURCES ${KESTO_MEX_COMMON_DIR}/api_version.cpp ${KESTO_MEX_COMMON_DIR}/manifest.cpp)
 
@@ -53,6 +59,7 @@ function(kesto_add_mex_module name)
   set_target_properties(${name} PROPERTIES
     PREFIX "" SUFFIX ${KESTO_MODULE_SUFFIX} LIBRARY_OUTPUT_DIRECTORY ${KESTO_TOOLBOX_DIR}
     LINK_DEPENDS "${KESTO_MODULE_LINK_DEPENDS}")
+  add_dependencies(kesto_toolbox ${name})
 
   set(all_sources ${arg_SOURCES})
   foreach(library ${arg_LIBRARIES})
@@ -88,6 +95,7 @@ function(kesto_add_mex_module name)
       WORKING_DIRECTORY ${generated}
       COMMENT "Building ${name} for GNU Octave" VERBATIM)
     add_custom_target(${name}_octave ALL DEPENDS ${octave_module})
+    add_dependencies(kesto_toolbox ${name}_octave)
   endif()
 
   if(KESTO_MATLAB)
@@ -102,5 +110,6 @@ function(kesto_add_mex_module name)
     set_target_properties(${name}_matlab PROPERTIES
       PREFIX "" OUTPUT_NAME ${name} SUFFIX .${Matlab_MEX_EXTENSION}
       LIBRARY_OUTPUT_DIRECTORY ${KESTO_MATLAB_TOOLBOX_DIR})
+    add_dependencies(kesto_toolbox ${name}_matlab)
   endif()
 endfunction()

@@ -1,7 +1,7 @@
 // The numbers of the field core.
 //
-// Pi and its multiples are truncated to the digits written here: callers rely on the results these give, so neither
-// M_PI nor a longer literal stands in for them.
+// KEPT: pi and its multiples are truncated to the digits written here, and every result of the element classes is one
+// of these numbers; neither M_PI nor a longer literal stands in for them.
 #pragma once
 
 namespace kesto {

@@ -40,8 +40,8 @@ class CoordinateGrid {
   void SinglePoint(CartesianCoordinate p);
   void SinglePoint(double x, double y, double z);
 
-  // Point i, x varying fastest, then y, then z; the origin where there is none. The bound includes i = npoints, callers
-  // rely on it: a point list answers the origin there, a regular grid with nz = 1 its first point.
+  // Point i, x varying fastest, then y, then z; the origin where there is none. KEPT: the bound includes i = npoints,
+  // where a point list answers the origin and a regular grid with nz = 1 its first point.
   CartesianCoordinate spatial_index_value(int const& i) const;
 
   // Calls visit(i, point i) for every i in order, without the divisions that an index costs.

@@ -11,8 +11,8 @@ void smart_exp(double x, double y, double& re, double& im);
 std::complex<float> smart_exp(float x, float y);
 std::complex<float> smart_exp(std::complex<float> z);
 
-// sin(z)/z for z = a + ib with e^-b in place of e^-b / 2, which makes it (sin z - i e^(iz) / 2) / z: callers rely on
-// it. (1, 0) at z = 0 itself.
+// sin(z)/z for z = a + ib; (1, 0) at z = 0 itself. KEPT: with e^-b in place of e^-b / 2, which makes it
+// (sin z - i e^(iz) / 2) / z.
 std::complex<double> fast_sinc(double a, double b);
 std::complex<double> fast_sinc(std::complex<double> z);
 

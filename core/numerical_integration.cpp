@@ -1,6 +1,7 @@
 #include "core/numerical_integration.h"
 
 #include <cmath>
+#include <cstddef>
 
 #include "core/constants.h"
 #include "core/internal/host.h"
@@ -58,8 +59,9 @@ void NumericalIntegration::allocate_memory(int n) {
     kesto::print("Illegal number of abscissas %d\n", n);
     kesto::fail("Specified number of abscissas is less than 1.\n");
   }
-  PendingArray x = PendingArray::uninitialised(n), w = PendingArray::uninitialised(n);
-  PendingArray cos_x = PendingArray::uninitialised(n);
+  const auto count = static_cast<std::size_t>(n);
+  PendingArray x = PendingArray::uninitialised(count), w = PendingArray::uninitialised(count);
+  PendingArray cos_x = PendingArray::uninitialised(count);
   x.replace(abscissa), w.replace(weight), cos_x.replace(cos_abscissa);
   npoints = n;
 }

@@ -25,8 +25,7 @@ class NumericalIntegration {
   void gauss_quadrature_cylindrical();        // mapped to [0, pi], with the cosines of the nodes
 
   void midpoint_rule();  // on [-1, 1]
-  // One step below the midpoints of [a, b]: from half a step below a to one and a half steps below b. Callers rely on
-  // it.
+  // KEPT: one step below the midpoints of [a, b], from half a step below a to one and a half steps below b.
   void midpoint_rule(double a, double b);
 
   double get_abscissa(int i) const { return i >= 0 && i < npoints ? abscissa[i] : 0.0; }

@@ -11,7 +11,7 @@ using kesto::PendingArray;
 
 namespace {
 
-// The texts speak of t for the tau vector as well: callers rely on it.
+// KEPT: the texts speak of t for the tau vector as well.
 void require_forward(double step, double min, double max) {
   if (step < 0) {
     kesto::print("Input value of deltat is %d\n", kesto::to_int32(step));
@@ -65,7 +65,7 @@ void TimeSamples::updatetimevectorfromminmaxdeltat(double deltat, double tmin, d
   deltat_ = deltat, tmin_ = tmin, tmax_ = tmax;
   require_forward(deltat, tmin, tmax);
   const int count = kesto::sample_count(tmin, tmax, deltat);
-  require_count(count, nt);  // shows the samples there are, not those asked for: callers rely on it
+  require_count(count, nt);  // KEPT: shows the samples there are, not those asked for
   if (nt < count) {
     kesto::print(
         "The generated time vector is too small for an update with the provided tmin, tmax, and deltat values.\n");

@@ -36,7 +36,7 @@ class TimeSamples {
   double taumax() const { return taumax_; }
   double deltatau() const { return deltatau_; }
 
-  // Sample i, 0 where there is none. The bounds include the count itself, callers rely on it: it answers 0.
+  // Sample i, 0 where there is none. KEPT: the bounds include the count itself, which answers 0.
   double time_index_value(int i) const;
   double tau_index_value(int i) const;
 

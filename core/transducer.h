@@ -122,8 +122,8 @@ class Transducer {
   ExcitationFunction* excitation = nullptr;
   CartesianCoordinate center;
   CartesianCoordinate euler;  // radians: x from +z towards +x, y towards -y, z about the element's own axis
-  // amplitude e^{j phase} from the first set_amplitude or set_phase on; zero before, so that the continuous waves of a
-  // new element are silent. Callers rely on it.
+  // amplitude e^{j phase} from the first set_amplitude or set_phase on. KEPT: zero before, so that the continuous waves
+  // of a new element are silent.
   std::complex<double> complex_weight;
   double amplitude = 1.0;
   double phase = 0;       // radians

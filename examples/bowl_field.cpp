@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <cstddef>
+#include <stdexcept>
 #include <utility>
 
 namespace kesto::example {
@@ -71,7 +72,7 @@ std::vector<std::complex<double>> BowlField::on(CoordinateGrid& points) {
   std::vector<double> re(n), im(n);
   shell_.set_global_coordinate_grid(&points);
   shell_.set_complex_pressure_pointers(re.data(), im.data());
-  shell_.fnm_cw();
+  if (shell_.fnm_cw() != 0) throw std::runtime_error("shells offer no fnm_cw");
   std::vector<std::complex<double>> pressure(n);
   for (std::size_t i = 0; i < n; ++i) pressure[i] = {re[i], im[i]};
   return pressure;

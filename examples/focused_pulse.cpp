@@ -130,15 +130,17 @@ void look_at_plane(const std::string& directory, double spacing) {
   std::ofstream file = text_file(directory + "/focused_pulse_plane.dat", "# z (mm), x (mm), p (kPa); a block a frame");
   for (int k = 0; k < time.nt; k += samples_a_period) {
     const double* const frame = &p[static_cast<std::size_t>(k) * static_cast<std::size_t>(grid.npoints)];
-    file << (k > 0 ? "\n\n\"" : "\"") << time.time_index_value(k) * 1e6 << "\"\n";
+    file << (k > 0 ? "\n\"" : "\"") << time.time_index_value(k) * 1e6 << "\"\n";
     grid.for_each_point([&](int i, const CartesianCoordinate& q) {
-      file << q.z * 1e3 << ' ' << q.x * 1e3 << ' ' << frame[i] * 1e-3 << '\n';
+      file << q.z * 1e3 << ' ' << q.x * 1e3 << ' ' << frame[i] * 1e-3 << ((i + 1) % grid.nx == 0 ? "\n\n" : "\n");
     });
   }
   file.close();
 }
 
-const char* const option_text = "options: --output DIR (out), --spacing MM (0.25; 0.1 to 1.5), --no-pictures, --help";
+const char* const option_text =
+    "focused_pulse: a short pulse on its way through the focus of a shell\n"
+    "options: --output DIR (out), --spacing MM (0.25; 0.1 to 1.5), --no-pictures, --help";
 
 int run(int argc, char** argv) {
   Options options;

@@ -1,12 +1,14 @@
 // The shortest way to a pressure field: one piston, four points on its axis.
 #include <cmath>
 #include <cstdio>
+#include <exception>
 
 #include "core/medium.h"
 #include "core/numerical_integration.h"
 #include "transducers/circular_transducer.h"
 
-int main() {
+int main(int argc, char**) try {
+  if (argc > 1) return std::puts("one_piston: the pressure at four points on a piston's axis; it takes no options"), 0;
   CoordinateGrid grid;  // 10 mm to 40 mm before the piston, on its axis
   grid.RegularCoordinateGrid(0, 0, 0, 0, 10e-3, 40e-3, 1e-3, 1e-3, 10e-3);
   Medium water;
@@ -20,6 +22,9 @@ int main() {
   piston.set_global_coordinate_grid(&grid);
   piston.set_integral_pointer(&rule);
   piston.set_complex_pressure_pointers(re, im);
-  piston.fnm_cw();
+  if (piston.fnm_cw() != 0) return 1;  // not offered by this geometry
   for (int i = 0; i < 4; ++i) std::printf("%d mm: %6.0f Pa\n", 10 + 10 * i, std::hypot(re[i], im[i]));
+} catch (const std::exception& error) {
+  std::fprintf(stderr, "%s", error.what());
+  return 1;
 }

@@ -83,7 +83,7 @@ class PhasedArray {
     for (std::size_t i = first; i < end; ++i) {
       elements_[i].set_global_coordinate_grid(&points);
       elements_[i].set_complex_pressure_pointers(re.data(), im.data());
-      elements_[i].fnm_cw();
+      require(elements_[i].fnm_cw() == 0, "rectangles offer no fnm_cw");
     }
     std::vector<Complex> p(n);
     for (std::size_t i = 0; i < n; ++i) p[i] = {re[i], im[i]};
@@ -156,22 +156,27 @@ double check_sum(PhasedArray& array, CoordinateGrid& grid, const Cut& cut, std::
 }
 
 void write_data(const std::string& directory, const CoordinateGrid& grid, const std::vector<Complex>& p,
-                const Cut& lateral, const Cut& axial) {
+                const Cut& lateral, const Cut& axial, Place focus) {
   std::ofstream plane(directory + "/phased_array_xz.dat"), cuts(directory + "/phased_array_cuts.dat");
   plane << "# z (mm), x (mm), pressure amplitude (kPa); y = 0\n";
   grid.for_each_point([&](int i, const CartesianCoordinate& at) {
     plane << at.z * 1e3 << ' ' << at.x * 1e3 << ' ' << std::abs(p[static_cast<std::size_t>(i)]) * 1e-3 << '\n'
           << ((i + 1) % grid.nx == 0 ? "\n" : "");
   });
-  cuts << "# distance from the focus (mm), pressure amplitude (kPa): across the beam, then along it\n";
+  cuts << "# distance from the focus (mm), pressure amplitude (kPa): across the beam, along it; z and x of the focus\n";
   for (const Cut* cut : {&lateral, &axial}) {
     for (std::size_t i = 0; i < cut->at.size(); ++i) {
       cuts << cut->at[i] * 1e3 << ' ' << std::abs(cut->pressure[i]) * 1e-3 << '\n';
     }
     cuts << "\n\n";
   }
+  cuts << focus.z * 1e3 << ' ' << focus.x * 1e3 << '\n';
   require(plane.flush() && cuts.flush(), directory + ": data cannot be written");
 }
+
+const char* const option_text =
+    "phased_array: a linear array, steered and focused in attenuating tissue\n"
+    "options: --output DIR (out), --spacing MM (0.25; 0.1 to 2), --no-pictures, --help";
 
 void run(const std::string& output, bool pictures, double spacing) {
   std::filesystem::create_directories(output);
@@ -207,7 +212,7 @@ void run(const std::string& output, bool pictures, double spacing) {
               plane.nz, spacing * 1e3, seconds, plane.npoints / seconds, plane.npoints * element_count / seconds);
   require(off <= place_tolerance + spacing, "the peak is off the focus");
   require(std::fabs(ratio / sinc_width - 1) <= width_tolerance, "the width of the focus is off its aperture's");
-  write_data(output, plane, p, lateral, axial);
+  write_data(output, plane, p, lateral, axial, focus);
   std::printf("\nWritten to %s: phased_array_xz.dat, phased_array_cuts.dat\n", output.c_str());
   if (!pictures) return;
   draw_plane(output, KESTO_GNUPLOT_SCRIPT);
@@ -234,9 +239,11 @@ int main(int argc, char** argv) {
         output = argv[++n];
       } else if (option == "--spacing" && number >= 0.1 && number <= 2 && *end == '\0') {
         spacing = number, ++n;
+      } else if (option == "--help") {
+        return std::puts(option_text), 0;
       } else {
-        std::fprintf(stderr, "phased_array: %s: there are --output DIR, --no-pictures and --spacing MM, 0.1 to 2\n",
-                     option.c_str());
+        std::fprintf(stderr, "phased_array: %s: no such option, or no value in range\n%s\n", option.c_str(),
+                     option_text);
         return 2;
       }
     }

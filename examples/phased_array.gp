@@ -31,24 +31,27 @@ splot plane using 1:2:3
 unset table
 unset contour
 set surface
-set key inside bottom right textcolor 'white' samplen 2
+set key inside bottom right textcolor 'white' samplen 2 spacing 1.3
 plot plane using 1:2:(20 * log10($3 / peak)) with image notitle, \
-     $half using 1:2 with lines linewidth 1.5 linecolor 'white' title 'half the peak (-6 dB)'
+     $half using 1:2 with lines linewidth 1.5 linecolor 'white' title 'half the peak (-6 dB)', \
+     cuts index 2 using 1:2 with points pointtype 1 pointsize 1.8 linewidth 2 linecolor 'red' title 'intended focus'
 
 reset
-eval png(1000, 460)
+eval png(1000, 500)
 set output 'phased_array_cuts.png'
 set tics out nomirror
 stats cuts index 0 using 2 nooutput
 half = STATS_max / 2
-set multiplot layout 1, 2 title 'Pressure amplitude through the focus'
-set ylabel 'pressure amplitude |p| (kPa)'
+set multiplot layout 1, 2 title "Pressure amplitude through the intended focus; dashes: half the largest\n"
+set ylabel 'pressure amplitude |p| (kPa)' offset 0.5, 0
 set yrange [0:*]
-set grid
+set grid linecolor 'gray85'
+set lmargin 9
+set rmargin 2
 set autoscale xfix
 set arrow 1 from graph 0, first half to graph 1, first half nohead dashtype 2
-set xlabel 'across the beam (mm)'
+set xlabel 'across the beam, from the focus (mm)'
 plot cuts index 0 using 1:2 with lines linewidth 2 linecolor '#31688e' notitle
-set xlabel 'along the beam, away from the array (mm)'
+set xlabel 'along the beam, from the focus (mm)'
 plot cuts index 1 using 1:2 with lines linewidth 2 linecolor '#31688e' notitle
 unset multiplot

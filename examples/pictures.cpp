@@ -40,6 +40,7 @@ void draw_plane(const std::string& directory, const std::string& script) {
   if (std::system("command -v gnuplot >/dev/null 2>&1") != 0) {
     throw std::runtime_error("gnuplot is not installed: no pictures (--no-pictures leaves them out)");
   }
+  std::fflush(stdout);  // what gnuplot says comes after it
   // "--": a directory may start with a hyphen.
   const std::string command = "cd -- " + quoted(directory) + " && gnuplot " + quoted(script);
   if (std::system(command.c_str()) != 0) throw std::runtime_error("gnuplot failed: no pictures");

@@ -1,11 +1,13 @@
 // A warm spot of 1 MPa and 10 mm width in perfused tissue: the solver called from C++.
 #include <cmath>
 #include <cstdio>
+#include <exception>
 #include <vector>
 
 #include "heat/bioheat_solver.h"
 
-int main() {
+int main(int argc, char**) try {
+  if (argc > 1) return std::puts("warm_spot: the rise in a warm spot of perfused tissue; it takes no options"), 0;
   const int n = 41, middle = 20;  // points a side, 1 mm apart
   std::vector<double> real, imag(n * n * n), heat(n * n * n), rise(n * n * n);
   for (int k = -middle; k <= middle; ++k)
@@ -16,4 +18,7 @@ int main() {
       {n, n, n, 1e-3, 1e-3, 1e-3, alpha, density * soundspeed, perfusion, blood_heat, kappa, 300}, real.data(),
       imag.data(), heat.data(), rise.data());
   std::printf("peak rise %.3f K\n", rise[middle * (1 + n + n * n)]);
+} catch (const std::exception& error) {
+  std::fprintf(stderr, "%s", error.what());
+  return 1;
 }

@@ -4,8 +4,8 @@
 
 // A0 (1 - cos(2 pi t / W)) sin(2 pi f0 t) for 0 < t < W: without the factor 1/2, the envelope runs from 0 to 2 A0.
 //
-// Six decomposition terms. A0 stands in the spatial and in the temporal factors, so that they sum to A0 times the
-// value; callers rely on it.
+// Six decomposition terms. KEPT: A0 stands in the spatial and in the temporal factors, so that they sum to A0 times the
+// value.
 class HanningPulse final : public kesto::AnalyticPulse<HanningPulse> {
  public:
   using AnalyticPulse::AnalyticPulse;  // (A0, f0, W, B, type); B is not used

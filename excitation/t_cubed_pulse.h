@@ -4,8 +4,8 @@
 
 // A0 t^3 e^{-B t} sin(2 pi f0 t) for 0 < t < W.
 //
-// Of the derivative's three terms only the first carries A0; callers rely on it. Eight decomposition terms, which
-// grow with e^{B d} and (B tau)^3 and cancel: where these are large the sum loses digits.
+// Eight decomposition terms, which grow with e^{B d} and (B tau)^3 and cancel: where these are large the sum loses
+// digits. KEPT: of the derivative's three terms only the first carries A0.
 class TCubedPulse final : public kesto::AnalyticPulse<TCubedPulse> {
  public:
   using AnalyticPulse::AnalyticPulse;  // (A0, f0, W, B, type)

@@ -4,8 +4,8 @@
 
 // A0 sin(2 pi f0 t) for 0 < t < W.
 //
-// Its derivative has closed bounds where the value has open ones, so that at 0 and at W the derivative is not zero
-// while the value is; callers rely on it. Two decomposition terms.
+// Two decomposition terms. KEPT: its derivative has closed bounds where the value has open ones, so that at 0 and at W
+// the derivative is not zero while the value is.
 class ToneBurst final : public kesto::AnalyticPulse<ToneBurst> {
  public:
   using AnalyticPulse::AnalyticPulse;  // (A0, f0, W, B, type); B is not used

@@ -6,8 +6,8 @@
 #include <complex>
 #include <cstddef>
 
-#include "core/internal/host.h"
 #include "excitation/excitation_function.h"
+#include "fields/delayed_slope.h"
 #include "fields/rays.h"
 #include "fields/time_axis.h"
 #include "fields/traces.h"
@@ -15,57 +15,83 @@
 namespace kesto {
 
 struct DecompositionForm {
-  bool complex_terms = false;  // through the signal's complex factors
-  bool float_traces = false;   // each sample rounded to single precision before it is added
+  enum class Terms { real, through_complex } terms = Terms::real;
+  enum class Samples { as_computed, rounded_to_float } samples = Samples::as_computed;
+  ReferenceStart reference = ReferenceStart::own;
 };
 
-// Rays in; out comes, for sample k of a point,
+// Everything that lanes work on, for the functions that carry the target attribute.
+struct DecompositionArguments {
+  const RayBlock* block;
+  const double *times, *temporal;  // temporal: [term][sample of the time block]
+  Span time_block;
+  int samples;
+  double start, per_sample, time_delay, pulse_width, amplitude;
+  ReferenceStart reference_start;
+  bool rounded_to_float;
+  double* differences;  // [sample of a stretch][term][lane], all 0 between calls
+  double* buffer;       // of the element
+  std::ptrdiff_t points;
+};
+
+// The decomposed form on the transient road, for the samples of one time block. Rays in; out comes, for sample k of a
+// point,
 //   amplitude [sum over rays whose pulse covers k of weight_j sum_m spatial_m(delay_j) temporal_m(k)
-//              - weight_sum v(t_k - reference - time delay) for the samples that `reference_span` names].
+//              - weight_sum v(t_k - reference - time delay) for the samples of the reference ray].
 //
 // The analytic pulses run in lanes over points, with running sums: a ray's factors are added where its pulse begins and
-// taken away where it ends. A running sum keeps what rounding left of the factors that have come and gone. Where they
-// last or grow with the delay that costs next to nothing: for t-cubed pulses the worst error is that of adding each ray
-// to its own samples, within a factor of 3 (single traces: 20). Where they shrink (B < 0) up to seven digits went, so
-// there, and for other signals, it is each ray to its own samples.
+// taken away where it ends. What rounding leaves of factors that have come and gone stays in a sum until the point's
+// own last sample, after which its trace is exactly 0, whatever its neighbours in the lanes do. Where factors last or
+// grow with the delay that costs next to nothing: for t-cubed pulses the worst error is that of adding each ray to its
+// own samples, within a factor of 3 (single traces: 20). Where they shrink (B < 0) up to seven digits went, so there,
+// and for other signals, it is each ray to its own samples.
 class Decomposition {
  public:
-  Decomposition(Transducer& element, const TimeAxis& axis, DecompositionForm form);
+  Decomposition(Transducer& element, const TimeAxis& axis, Span time_block, DecompositionForm form);
 
-  // `cut_reference`: the reference starts with the rim's first arrival instead of its own.
-  void superpose(const RayBlock& block, bool cut_reference);
-
-  // Everything that lanes work on, for the functions that carry the target attribute.
-  struct Work {
-    const RayBlock* block;
-    const double *times, *temporal;
-    int samples;
-    double start, per_sample, time_delay, pulse_width, amplitude;
-    bool cut_reference, float_traces;
-    double* differences;  // [sample][term][lane], all 0 between calls
-    double* buffer;       // of the element
-    std::ptrdiff_t points;
-  };
+  double pulse_width() const { return signal_.get_pulse_width(); }
+  void superpose(const RayBlock& block);
+  void superpose(int i, const DelayedSlope& slope);
 
  private:
-  std::size_t table_size(int samples) const {
-    return static_cast<std::size_t>(terms_) * static_cast<std::size_t>(samples);
+  using Laned = void (*)(const ExcitationFunction&, const DecompositionArguments&);
+
+  std::size_t table_size() const {
+    return static_cast<std::size_t>(terms_) * static_cast<std::size_t>(time_block_.last - time_block_.first);
   }
-  void superpose_ray_by_ray(const RayBlock& block, bool cut_reference);
+  void fill_temporal();
+  void superpose_in_lanes(const RayBlock& block);
+  void superpose_ray_by_ray(const RayBlock& block);
   void add_ray(double weight, double delay, double* trace);
+  Span of_reference(const RayBlock& block, int p) const;
 
   Transducer& element_;
   ExcitationFunction& signal_;
   const TimeAxis& axis_;
+  Span time_block_;
   DecompositionForm form_;
-  void (*laned_)(const ExcitationFunction&, const Work&);  // null where rays are added one by one
+  Laned laned_;  // null where rays are added one by one
   bool complex_;
   int terms_;                      // real ones: two to a complex one
-  ScratchArray<double> temporal_;  // [term][sample]
+  ScratchArray<double> temporal_;  // [term][sample of the time block]
   ScratchArray<double> differences_;
   ScratchArray<double> spatial_;
   ScratchArray<std::complex<double>> complex_spatial_;
   Traces traces_;
 };
+
+// Samples whose tables and traces fit into 32 MB: longer time vectors are computed block by block.
+int samples_of_time_block(int samples, int terms);
+
+// Calls superpose_faces(decomposition) for every time block of the element's time vector.
+template <class SuperposeFaces>
+void decompose(Transducer& element, DecompositionForm form, SuperposeFaces superpose_faces) {
+  const TimeAxis axis(element);
+  const int most = samples_of_time_block(axis.samples, element.excitation->number_of_tsd_terms());
+  for (int first = 0; first < axis.samples; first += most) {
+    Decomposition decomposition(element, axis, {first, std::min(axis.samples, first + most)}, form);
+    superpose_faces(decomposition);
+  }
+}
 
 }  // namespace kesto

@@ -1,9 +1,7 @@
 #include "fields/direct_transient.h"
 
 #include <algorithm>
-#include <limits>
 
-#include "core/lanes/outermost.h"
 #include "excitation/lanes/pulse_lanes.h"
 
 namespace kesto {
@@ -11,104 +9,90 @@ namespace kesto {
 namespace {
 
 // The samples that one ray can reach, a sample too many on either side: the pulse's own bounds decide.
-inline Span reach_of(double delay, const DirectSum::Work& w) {
-  if (!w.regular) return w.window;
-  const double arrival = (delay - w.origin) * w.per_sample;
-  const int first = clamped_index(arrival - 1, w.window.last);
-  const int last = clamped_index(arrival + w.pulse_width * w.per_sample + 2, w.window.last);
-  return {first > w.window.first ? first : w.window.first, last};
+inline Span reached_by(double delay, const DirectArguments& d) {
+  if (!d.regular) return d.window;
+  const double arrival = (delay - d.origin) * d.per_sample;
+  const int first = clamped_index(arrival - 1, d.window.last);
+  const int last = clamped_index(arrival + d.pulse_width * d.per_sample + 2, d.window.last);
+  return {first > d.window.first ? first : d.window.first, last};
 }
 
 // Vectors overhang the window's last sample: what they leave there is not of the sum.
-template <class PulseLanes, SignalForm form, class T>
-KESTO_INLINE void add_rays(const PulseLanes pulse, const DirectSum::Work w) {
-  for (std::size_t j = 0; j < w.n; ++j) {
-    const double weight = w.weight[w.stride * j], delay = w.delay[w.stride * j];
-    const Span reach = reach_of(delay, w);
-    for (int k = reach.first; k < reach.last; k += T::width) {
-      const Double<T> t = load<T::width>(w.times + k) - delay - w.then_subtracted;
-      const Double<T> v = form == SignalForm::value ? pulse.template at<T>(t) : pulse.template derivative<T>(t);
-      store<T::width>(w.trace + k, multiply_add<T>(broadcast<T>(weight), v, load<T::width>(w.trace + k)));
+template <class PulseLanes, SignalForm form>
+struct AddRays {
+  using Signature = void(const ExcitationFunction& signal, const DirectArguments& arguments);
+
+  template <class T>
+  KESTO_INLINE static void run(const ExcitationFunction& signal, const DirectArguments& arguments) {
+    const DirectArguments d = arguments;
+    const PulseLanes pulse(static_cast<const typename PulseLanes::Pulse&>(signal));
+    for (std::size_t j = 0; j < d.rays; ++j) {
+      const double weight = d.weight[d.stride * j], delay = d.delay[d.stride * j];
+      const Span reached = reached_by(delay, d);
+      for (int k = reached.first; k < reached.last; k += T::width) {
+        const Double<T> t = load<T::width>(d.times + k) - delay - d.then_subtracted;
+        const Double<T> v = form == SignalForm::value ? pulse.template at<T>(t) : pulse.template derivative<T>(t);
+        store<T::width>(d.trace + k, multiply_add<T>(broadcast<T>(weight), v, load<T::width>(d.trace + k)));
+      }
     }
   }
-}
-
-template <class PulseLanes, SignalForm form>
-struct Outermost {
-  static PulseLanes lanes_of(const ExcitationFunction& signal) {
-    return PulseLanes(static_cast<const typename PulseLanes::Pulse&>(signal));
-  }
-  static void baseline(const ExcitationFunction& signal, const DirectSum::Work& w) {
-    add_rays<PulseLanes, form, Baseline>(lanes_of(signal), w);
-  }
-#if KESTO_X86_64
-  KESTO_TARGET_AVX2_FMA static void avx2(const ExcitationFunction& signal, const DirectSum::Work& w) {
-    add_rays<PulseLanes, form, Avx2Fma>(lanes_of(signal), w);
-  }
-  KESTO_TARGET_AVX512 static void avx512(const ExcitationFunction& signal, const DirectSum::Work& w) {
-    add_rays<PulseLanes, form, Avx512>(lanes_of(signal), w);
-  }
-#endif
 };
 
-using Laned = void (*)(const ExcitationFunction&, const DirectSum::Work&);
+using Laned = void (*)(const ExcitationFunction&, const DirectArguments&);
 
-// Null where the signal is no pulse of that class or its phases are beyond the vector functions.
-template <class PulseLanes>
-Laned laned(const ExcitationFunction& signal, SignalForm form) {
-  const auto* const pulse = dynamic_cast<const typename PulseLanes::Pulse*>(&signal);
-  if (pulse == nullptr || !PulseLanes(*pulse).fits(pulse->pulse_width)) return nullptr;
-  const VectorTarget target = chosen_vector_target();
-  return form == SignalForm::value ? function_on<Outermost<PulseLanes, SignalForm::value>>(target)
-                                   : function_on<Outermost<PulseLanes, SignalForm::derivative>>(target);
-}
-
+// Null where the signal is none of the analytic pulses or its phases are beyond the vector functions.
 Laned laned_for(const ExcitationFunction& signal, SignalForm form) {
-  if (const Laned tone = laned<ToneBurstLanes>(signal, form)) return tone;
-  if (const Laned hanning = laned<HanningPulseLanes>(signal, form)) return hanning;
-  return laned<TCubedPulseLanes>(signal, form);
+  return visit_pulse_lanes<Laned>(signal, [form](const auto& lanes) -> Laned {
+    using PulseLanes = std::decay_t<decltype(lanes)>;
+    if (!lanes.fits(lanes.width)) return nullptr;
+    const VectorTarget target = chosen_vector_target();
+    return form == SignalForm::value ? kernel_on<AddRays<PulseLanes, SignalForm::value>>(target)
+                                     : kernel_on<AddRays<PulseLanes, SignalForm::derivative>>(target);
+  });
 }
 
 }  // namespace
 
-DirectSum::DirectSum(const ExcitationFunction& signal, SignalForm form, const TimeAxis& axis, bool time_delay_first)
+DirectSum::DirectSum(const ExcitationFunction& signal, SignalForm form, const TimeAxis& axis, DelayOrder order)
     : signal_(signal),
       form_(form),
       axis_(axis),
-      then_subtracted_(time_delay_first ? 0 : axis.time_delay),
+      then_subtracted_(order == DelayOrder::time_delay_first ? 0 : axis.time_delay),
       times_(padded(axis.samples)),
       laned_(laned_for(signal, form)) {
   for (std::size_t k = 0; k < padded(axis.samples); ++k) {
-    times_[k] = time_delay_first ? axis.times[k] - axis.time_delay : axis.times[k];
+    times_[k] = order == DelayOrder::time_delay_first ? axis.times[k] - axis.time_delay : axis.times[k];
   }
 }
 
-Span DirectSum::reach(const RayBlock& block) const {
+Span DirectSum::audible(const RayBlock& block, int p) const {
   if (laned_ == nullptr || !axis_.regular) return {0, axis_.samples};
-  double earliest = std::numeric_limits<double>::infinity(), latest = -earliest;
-  for (int p = 0; p < block.count; ++p) {
-    earliest = std::min(earliest, block.reference[p]);
-    latest = std::max(latest, block.reference[p]);
-    for (int j = 0; j < block.n; ++j) {
-      earliest = std::min(earliest, block.delay[RayBlock::capacity * j + p]);
-      latest = std::max(latest, block.delay[RayBlock::capacity * j + p]);
-    }
+  double earliest = block.reference[p], latest = earliest;
+  for (int j = 0; j < block.rays; ++j) {
+    earliest = std::min(earliest, block.delay[RayBlock::capacity * j + p]);
+    latest = std::max(latest, block.delay[RayBlock::capacity * j + p]);
   }
-  const Span span = axis_.between(earliest, latest, signal_.get_pulse_width());
+  const Span span = axis_.between(earliest, latest, pulse_width());
   return {std::max(span.first - 1, 0), std::min(span.last + 1, axis_.samples)};
+}
+
+void DirectSum::add(const RayBlock& block, int p, Span window, double* trace) const {
+  const double minus_sum = -block.weight_sum[p];
+  add(&block.weight[p], &block.delay[p], RayBlock::capacity, static_cast<std::size_t>(block.rays), window, trace);
+  add(&minus_sum, &block.reference[p], 1, 1, window, trace);
 }
 
 void DirectSum::add(const double* weight, const double* delay, std::size_t stride, std::size_t n, Span window,
                     double* trace) const {
-  if (window.first >= window.last) return;
+  if (window.empty()) return;
   if (laned_ != nullptr) {
-    Work w;
-    w.weight = weight, w.delay = delay, w.stride = stride, w.n = n;
-    w.times = times_.data(), w.then_subtracted = then_subtracted_;
-    w.trace = trace, w.window = window;
-    w.origin = axis_.start - axis_.time_delay, w.per_sample = axis_.per_sample;
-    w.pulse_width = signal_.get_pulse_width(), w.regular = axis_.regular;
-    laned_(signal_, w);
+    DirectArguments d;
+    d.weight = weight, d.delay = delay, d.stride = stride, d.rays = n;
+    d.times = times_.data(), d.then_subtracted = then_subtracted_;
+    d.trace = trace, d.window = window;
+    d.origin = axis_.start - axis_.time_delay, d.per_sample = axis_.per_sample;
+    d.pulse_width = pulse_width(), d.regular = axis_.regular;
+    laned_(signal_, d);
     std::fill_n(trace + window.last, sample_padding, 0.0);
     return;
   }
@@ -119,6 +103,19 @@ void DirectSum::add(const double* weight, const double* delay, std::size_t strid
       trace[k] += w * (form_ == SignalForm::value ? signal_.at(t) : signal_.derivative(t));
     }
   }
+}
+
+void DirectForm::superpose(const RayBlock& block) {
+  Span windows[RayBlock::capacity], all = {axis_.samples, 0};
+  for (int p = 0; p < block.count; ++p) {
+    windows[p] = window_ == DirectWindow::of_arrivals
+                     ? axis_.between(block.arrivals[p].first, block.arrivals[p].last, sum_.pulse_width())
+                     : sum_.audible(block, p);
+    all = union_of(all, windows[p]);
+  }
+  traces_.clear(block.count, all);
+  for (int p = 0; p < block.count; ++p) sum_.add(block, p, windows[p], traces_.of(p));
+  traces_.superpose(element_, block.index, block.count, all, element_.amplitude);
 }
 
 }  // namespace kesto

@@ -3,7 +3,7 @@
 // An integrand is a struct of tables with
 //
 //   template <class Sum>
-//   KESTO_INLINE void add_terms(Sum& sum, const LocalPoints<typename Sum::T>& point) const;
+//   KESTO_INLINE void add_terms(Sum& sum, const LocalPoints<typename Sum::Target>& point) const;
 //
 // which adds the terms of its integral at the points (local coordinates, m) to a WaveSum.
 #pragma once
@@ -11,13 +11,13 @@
 #include <algorithm>
 #include <cmath>
 
-#include "core/lanes/outermost.h"
 #include "fields/wave_sum.h"
 
 namespace kesto {
 
 struct PointBlock {
-  static constexpr int capacity = 64;  // a multiple of every width
+  static constexpr int capacity = 64;
+  static_assert(capacity % widest_target == 0);
 
   int count = 0;
   int index[capacity];  // in the grid
@@ -32,57 +32,44 @@ struct PointBlock {
   }
   // Fills the last vector with copies of the last point.
   void pad() {
-    const int width = static_cast<int>(VectorTarget::avx512), padded = (count + width - 1) / width * width;
+    const int padded = (count + widest_target - 1) / widest_target * widest_target;
     for (int i = count; i < padded; ++i) x[i] = x[count - 1], y[i] = y[count - 1], z[i] = z[count - 1];
   }
 };
 
-template <class Integrand, class T, bool lossy, Arguments arguments = Arguments::in_range>
-KESTO_INLINE void sum_over_block(const Integrand integrand, Wave wave, PointBlock& block) {
-  for (int i = 0; i < block.count; i += T::width) {
-    WaveSum<T, lossy, arguments> sum(wave);
-    integrand.add_terms(
-        sum, LocalPoints<T>{load<T::width>(block.x + i), load<T::width>(block.y + i), load<T::width>(block.z + i)});
-    const ComplexLanes<T> total = sum.total();
-    store<T::width>(block.re + i, total.re);
-    store<T::width>(block.im + i, total.im);
-  }
-}
+template <class Integrand, bool lossy, Arguments arguments>
+struct BlockSum {
+  using Signature = void(const void* integrand, Wave wave, PointBlock& block);
 
-template <class Integrand, bool lossy>
-struct OutermostSum {
-  static const Integrand& of(const void* integrand) { return *static_cast<const Integrand*>(integrand); }
-  static void baseline(const void* integrand, Wave wave, PointBlock& block) {
-    sum_over_block<Integrand, Baseline, lossy>(of(integrand), wave, block);
-  }
-#if KESTO_X86_64
-  KESTO_TARGET_AVX2_FMA static void avx2(const void* integrand, Wave wave, PointBlock& block) {
-    sum_over_block<Integrand, Avx2Fma, lossy>(of(integrand), wave, block);
-  }
-  KESTO_TARGET_AVX512 static void avx512(const void* integrand, Wave wave, PointBlock& block) {
-    sum_over_block<Integrand, Avx512, lossy>(of(integrand), wave, block);
-  }
-#endif
-  // For points of any distance, and values that are not finite.
-  static void any(const void* integrand, Wave wave, PointBlock& block) {
-    sum_over_block<Integrand, Baseline, lossy, Arguments::any>(of(integrand), wave, block);
+  template <class T>
+  KESTO_INLINE static void run(const void* integrand_of_caller, Wave wave, PointBlock& block) {
+    // A copy, to which for all that the compiler knows nothing else refers.
+    const Integrand integrand = *static_cast<const Integrand*>(integrand_of_caller);
+    for (int i = 0; i < block.count; i += T::width) {
+      WaveSum<T, lossy, arguments> sum(wave);
+      integrand.add_terms(
+          sum, LocalPoints<T>{load<T::width>(block.x + i), load<T::width>(block.y + i), load<T::width>(block.z + i)});
+      const ComplexLanes<T> total = sum.total();
+      store<T::width>(block.re + i, total.re);
+      store<T::width>(block.im + i, total.im);
+    }
   }
 };
 
 // An integrand, a wave and what computes them; the integrand stays with the caller.
 class PointKernel {
  public:
-  // `reach`: no distance that enters the integral is larger than that of its point from the local origin and this.
+  // `extent`: no distance that enters the integral exceeds that of its point from the local origin by more.
   template <class Integrand>
-  PointKernel(const Integrand& integrand, Wave wave, double reach, VectorTarget target)
+  PointKernel(const Integrand& integrand, Wave wave, double extent, VectorTarget target = chosen_vector_target())
       : integrand_(&integrand),
         wave_(wave),
-        in_range_(wave.attenuation != 0 ? function_on<OutermostSum<Integrand, true>>(target)
-                                        : function_on<OutermostSum<Integrand, false>>(target)),
-        any_(OutermostSum<Integrand, true>::any) {
+        in_range_(wave.attenuation != 0 ? kernel_on<BlockSum<Integrand, true, Arguments::in_range>>(target)
+                                        : kernel_on<BlockSum<Integrand, false, Arguments::in_range>>(target)),
+        any_(kernel_on<BlockSum<Integrand, true, Arguments::any>>(VectorTarget::baseline)) {
     const double by_phase = sincos_range / std::fabs(wave.wavenumber),
                  by_loss = exp_range / std::fabs(wave.attenuation);
-    const double beyond = std::fabs(reach);
+    const double beyond = std::fabs(extent);
     if (by_phase > beyond && by_loss > beyond) {  // neither, should anything be NaN
       const double farthest = std::min(by_phase, by_loss) - beyond;
       farthest_squared_ = std::min(farthest * farthest, 1e300);
@@ -98,10 +85,12 @@ class PointKernel {
   }
 
  private:
+  using Function = void (*)(const void*, Wave, PointBlock&);
+
   const void* integrand_;
   Wave wave_;
-  void (*in_range_)(const void*, Wave, PointBlock&);
-  void (*any_)(const void*, Wave, PointBlock&);
+  Function in_range_;
+  Function any_;  // for points of any distance, and values that are not finite
   double farthest_squared_ = -1;
 };
 

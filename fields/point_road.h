@@ -1,16 +1,19 @@
-// The road of a computation through its grid: fetch, rotate, skip or classify, sum, weight, superpose.
+// The road of a computation through its grid: fetch, rotate, classify, sum, weight, superpose.
 #pragma once
 
 #include <complex>
 
 #include "core/transducer.h"
-#include "fields/continuous_wave.h"
 #include "fields/point_kernel.h"
 
 namespace kesto {
 
-// Whether the element is one of this library's own, whose rotateTranslate is known: a call a point is a third of the
-// time of a short integral.
+// What a geometry makes of a point: one of its kernels, numbered from 0; nothing, for a point that it does not radiate
+// to; or a value of its own, where the integral has a closed form or no value.
+enum PointClass : int { special_point = -2, no_field = -1 };
+
+// Whether the element's class leaves rotateTranslate as Transducer has it: then it is known and is inlined, for a call
+// a point is a third of the time of a short integral.
 bool is_placed_as_base(const Transducer& element);
 
 // Calls visit(i, p) for every point i of the grid, p in the element's own coordinates.
@@ -38,19 +41,11 @@ void superpose_values(Transducer& element, Evaluated evaluated, Evaluate evaluat
   });
 }
 
-constexpr int no_kernel = -1;
-
-// The one kernel of a flat face; not a function, so that it is inlined.
-inline constexpr auto kernel_in_front = [](int, const CartesianCoordinate& p) {
-  return is_in_front(p) ? 0 : no_kernel;
-};
-
-// Adds scale times the sum of kernels[classify(i, p)] at every point i, and nothing where that is no_kernel: then the
-// point gets nothing, or classify has superposed its value itself. Points are gathered kernel by kernel, so that all
-// lanes have work.
-template <int count, class Classify>
+// Adds at every point p scale times the sum of kernels[classify(p)], or special_pressure(p) where p is a special point.
+// Points are gathered kernel by kernel, so that all lanes have work.
+template <int count, class Classify, class SpecialPressure>
 void superpose_sums(Transducer& element, const PointKernel (&kernels)[count], std::complex<double> scale,
-                    Classify classify) {
+                    Classify classify, SpecialPressure special_pressure) {
   const auto flush = [&](int kernel, PointBlock& block, bool in_range) {
     if (block.count == 0) return;
     kernels[kernel].sum(block, in_range);
@@ -63,8 +58,9 @@ void superpose_sums(Transducer& element, const PointKernel (&kernels)[count], st
   };
   PointBlock blocks[count][2];  // the second for points out of range
   for_each_local_point(element, [&](int i, const CartesianCoordinate& p) {
-    const int kernel = classify(i, p);
-    if (kernel == no_kernel) return;
+    const int kernel = classify(p);
+    if (kernel == no_field) return;
+    if (kernel == special_point) return element.superpose_complex_pressure(i, special_pressure(p));
     const bool in_range = kernels[kernel].in_range(p.x, p.y, p.z);
     PointBlock& block = blocks[kernel][in_range ? 0 : 1];
     block.push(i, p.x, p.y, p.z);
@@ -74,6 +70,15 @@ void superpose_sums(Transducer& element, const PointKernel (&kernels)[count], st
     flush(kernel, blocks[kernel][0], true);
     flush(kernel, blocks[kernel][1], false);
   }
+}
+
+inline constexpr auto no_special_pressure = [](const CartesianCoordinate&) { return std::complex<double>(); };
+
+// The one kernel of a flat face, without special points.
+inline void superpose_sum_in_front(Transducer& element, const PointKernel& kernel, std::complex<double> scale) {
+  superpose_sums(
+      element, {kernel}, scale, [](const CartesianCoordinate& p) { return is_in_front(p) ? 0 : no_field; },
+      no_special_pressure);
 }
 
 }  // namespace kesto

@@ -1,102 +1,84 @@
-// The rim integral in time: from each point a ray to every node of the rim, with a weight and a travel time, and one
-// reference ray. Its field is sum_j weight_j [v(t - delay_j) - v(t - reference)].
+// The rays of a field in time: from each node of an edge one to each point, with a weight and a travel time, and one
+// reference ray. The pressure is sum_j weight_j [v(t - delay_j) - v(t - reference)].
 #pragma once
 
 #include <algorithm>
 #include <cstddef>
 
 #include "core/internal/host.h"
-#include "core/lanes/outermost.h"
-#include "core/transducer.h"
-#include "fields/point_road.h"
-#include "fields/wave_sum.h"
+#include "fields/edge.h"
 
 namespace kesto {
 
-// The rays of up to `capacity` points. Node j of point p lies at [j capacity + p].
+// When the sound of an edge arrives at a point, s.
+struct Arrivals {
+  double first, last;
+};
+
+// Where the samples of the reference ray begin: with its own arrival, or with the first one of the edge.
+enum class ReferenceStart { own, first_arrival };
+
+// The rays of up to `capacity` points. Ray j of point p lies at [j capacity + p].
 struct RayBlock {
-  static constexpr int capacity = 8;  // a multiple of every width
+  static constexpr int capacity = 8;
+  static_assert(capacity % widest_target == 0);
 
-  explicit RayBlock(int nodes) : n(nodes), weight(size_of(nodes)), delay(size_of(nodes)) {}
-  static std::size_t size_of(int nodes) { return static_cast<std::size_t>(std::max(nodes, 0)) * capacity; }
+  explicit RayBlock(int most_rays) : weight(size_of(most_rays)), delay(size_of(most_rays)) {}
+  static std::size_t size_of(int rays) { return static_cast<std::size_t>(std::max(rays, 0)) * capacity; }
 
-  int n;
+  // Fills the last vector with copies of the last point.
+  void pad() {
+    for (int p = count; p < capacity; ++p) {
+      const int from = count - 1;
+      x[p] = x[from], y[p] = y[from], z[p] = z[from];
+      arrivals[p] = arrivals[from];
+    }
+  }
+
+  int rays = 0;  // of a point
   int count = 0;
   int index[capacity];  // in the grid
   double x[capacity], y[capacity], z[capacity];
-  double weight_sum[capacity];             // over the nodes
-  double reference[capacity];              // s
-  double first[capacity], last[capacity];  // arrivals of the rim, s
-  ScratchArray<double> weight, delay;      // delay in s
+  Arrivals arrivals[capacity];
+  double weight_sum[capacity];         // over the rays
+  double reference[capacity];          // s
+  ScratchArray<double> weight, delay;  // delay in s
 };
 
 // How a travel time is rounded.
-struct SoundSpeed {
-  double value;  // m/s
-  bool by_reciprocal = false;
-};
+enum class TravelTime { by_division, by_reciprocal };
 
-template <class Rim, class T>
-KESTO_INLINE void fill_rays(const Rim rim, SoundSpeed c, RayBlock& block) {
-  const double reciprocal = 1 / c.value;
-  double* const weights = block.weight.data();
-  double* const delays = block.delay.data();
-  for (int p = 0; p < block.count; p += T::width) {
-    const LocalPoints<T> point = {load<T::width>(block.x + p), load<T::width>(block.y + p),
-                                  load<T::width>(block.z + p)};
-    store<T::width>(block.reference + p, rim.template reference_distance<T>(point) / c.value);
-    const auto terms = rim.template terms<T>(point);
-    Double<T> sum = {};
-    for (int j = 0; j < block.n; ++j) {
-      const WaveTerms<T> term = terms(j);
-      sum = sum + term.coefficient[0];
-      store<T::width>(weights + RayBlock::capacity * j + p, term.coefficient[0]);
-      store<T::width>(delays + RayBlock::capacity * j + p,
-                      c.by_reciprocal ? term.distance[0] * reciprocal : term.distance[0] / c.value);
+template <class Edge>
+struct FillRays {
+  using Signature = void(const Edge& edge, double soundspeed, TravelTime rounding, RayBlock& block);
+
+  template <class T>
+  KESTO_INLINE static void run(const Edge& edge_of_caller, double c, TravelTime rounding, RayBlock& block) {
+    const Edge edge = edge_of_caller;
+    const double reciprocal = 1 / c;
+    double* const weights = block.weight.data();
+    double* const delays = block.delay.data();
+    for (int p = 0; p < block.count; p += T::width) {
+      const LocalPoints<T> point = {load<T::width>(block.x + p), load<T::width>(block.y + p),
+                                    load<T::width>(block.z + p)};
+      store<T::width>(block.reference + p, edge.template reference_distance<T>(point) / c);
+      Double<T> sum = {};
+      int ray = 0;
+      edge.template visit_parts<T>(point, [&](int n, const auto& node) KESTO_INLINE_LAMBDA {
+        for (int i = 0; i < n; ++i) {
+          const auto terms = node(i);
+          for (int t = 0; t < terms.count; ++t, ++ray) {
+            sum = sum + terms.coefficient[t];
+            store<T::width>(weights + RayBlock::capacity * ray + p, terms.coefficient[t]);
+            store<T::width>(delays + RayBlock::capacity * ray + p, rounding == TravelTime::by_reciprocal
+                                                                       ? terms.distance[t] * reciprocal
+                                                                       : terms.distance[t] / c);
+          }
+        }
+      });
+      store<T::width>(block.weight_sum + p, sum);
     }
-    store<T::width>(block.weight_sum + p, sum);
   }
-}
-
-template <class Rim>
-struct OutermostRays {
-  static void baseline(const Rim& rim, SoundSpeed c, RayBlock& block) { fill_rays<Rim, Baseline>(rim, c, block); }
-#if KESTO_X86_64
-  KESTO_TARGET_AVX2_FMA static void avx2(const Rim& rim, SoundSpeed c, RayBlock& block) {
-    fill_rays<Rim, Avx2Fma>(rim, c, block);
-  }
-  KESTO_TARGET_AVX512 static void avx512(const Rim& rim, SoundSpeed c, RayBlock& block) {
-    fill_rays<Rim, Avx512>(rim, c, block);
-  }
-#endif
 };
-
-// Fills blocks of rays in the order of the grid and hands each to consume(block). accept(i, p) says whether a point has
-// rays; where not, it gets nothing, or accept has superposed its trace itself. arrive(p, first, last) tells when the
-// rim's sound arrives.
-template <class Fill, class Accept, class Arrive, class Consume>
-void for_each_ray_block(Transducer& element, RayBlock& block, Fill fill, Accept accept, Arrive arrive,
-                        Consume consume) {
-  const auto flush = [&] {
-    if (block.count == 0) return;
-    for (int p = block.count; p < RayBlock::capacity; ++p) {  // the last vector has work in every lane
-      const int from = block.count - 1;
-      block.x[p] = block.x[from], block.y[p] = block.y[from], block.z[p] = block.z[from];
-      block.first[p] = block.first[from], block.last[p] = block.last[from];
-    }
-    fill(block);
-    consume(block);
-    block.count = 0;
-  };
-  for_each_local_point(element, [&](int i, const CartesianCoordinate& p) {
-    if (!accept(i, p)) return;
-    const int at = block.count++;
-    block.index[at] = i;
-    block.x[at] = p.x, block.y[at] = p.y, block.z[at] = p.z;
-    arrive(p, block.first[at], block.last[at]);
-    if (block.count == RayBlock::capacity) flush();
-  });
-  flush();
-}
 
 }  // namespace kesto

@@ -1,10 +1,6 @@
 #include "fields/time_axis.h"
 
-#include <algorithm>
 #include <limits>
-
-#include "core/internal/host.h"
-#include "fields/continuous_wave.h"
 
 namespace kesto {
 
@@ -25,20 +21,6 @@ double TimeAxis::longest() const {
   double largest = 0;
   for (int k = 0; k < samples; ++k) largest = std::max(largest, std::fabs(times[k]));
   return largest;
-}
-
-void require_transient_output(const Transducer& element) {
-  require_grid_and_medium(element);
-  if (element.time_vector == nullptr) fail("The transducer has no time vector.\n");
-  if (element.transient_pressure == nullptr && element.global_coordinate_grid->npoints > 0) {
-    fail("The transducer has no transient pressure to add to.\n");
-  }
-}
-
-void require_excited_output(const Transducer& element) {
-  require_transient_output(element);
-  require_grid_and_rule(element);
-  if (element.excitation == nullptr) fail("The transducer has no excitation.\n");
 }
 
 }  // namespace kesto

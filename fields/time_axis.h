@@ -1,22 +1,24 @@
-// What the transient computations share: their context, and sample ranges with their rounding.
+// The sample times of a transient computation, and sample ranges with their rounding.
 #pragma once
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 
 #include "core/internal/host.h"
 #include "core/transducer.h"
-#include "core/vector_target.h"
-#include "excitation/excitation_function.h"
 
 namespace kesto {
 
 // Samples from `first` to before `last`; none when last is not beyond first.
 struct Span {
   int first, last;
+
+  bool empty() const { return first >= last; }
 };
 
 inline Span union_of(Span a, Span b) { return {std::min(a.first, b.first), std::max(a.last, b.last)}; }
+inline Span intersection_of(Span a, Span b) { return {std::max(a.first, b.first), std::min(a.last, b.last)}; }
 
 // A position in samples as an index from 0 to count. NaN is 0.
 inline int clamped_index(double position, int count) {
@@ -37,8 +39,8 @@ struct TimeAxis {
   Span within_pulse(double travel_time, double pulse_width) const {
     return {first_within(travel_time), end_of((travel_time + time_delay - start + pulse_width) * per_sample)};
   }
-  // Those of a disc's reference wave, which starts elsewhere. The sum of its end has an order of its own, which decides
-  // where a sample lies on it: callers rely on it.
+  // Those of a reference wave that starts elsewhere. KEPT: the sum of its end has an order of its own, which decides
+  // where a sample lies on it.
   Span within_cut_pulse(double starts, double travel_time, double pulse_width) const {
     return {first_within(starts), end_of((travel_time + time_delay + pulse_width - start) * per_sample)};
   }
@@ -60,13 +62,7 @@ struct TimeAxis {
 
 // Elements of scratch behind the last sample that vectors may read and write.
 constexpr int sample_padding = 8;
-static_assert(sample_padding >= static_cast<int>(VectorTarget::avx512));
 
 inline std::size_t padded(int samples) { return static_cast<std::size_t>(std::max(samples, 0)) + sample_padding; }
-
-// An error unless the element has a medium, a grid and a time vector and, where there are points, a buffer to add to.
-void require_transient_output(const Transducer& element);
-// An error unless it also has a rule and an excitation.
-void require_excited_output(const Transducer& element);
 
 }  // namespace kesto

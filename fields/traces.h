@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cstddef>
 
-#include "core/internal/host.h"
+#include "fields/point_road.h"
 #include "fields/rays.h"
 #include "fields/time_axis.h"
 
@@ -20,16 +20,17 @@ class Traces {
   // Clears the window's samples in the traces of `count` points, and what vectors may overhang.
   void clear(int count, Span window) const {
     for (int p = 0; p < count; ++p) {
-      if (window.first < window.last) std::fill(of(p) + window.first, of(p) + window.last + sample_padding, 0.0);
+      if (!window.empty()) std::fill(of(p) + window.first, of(p) + window.last + sample_padding, 0.0);
     }
   }
 
-  // Adds `amplitude` times the traces of points index[0], ... : sample by sample, because points that follow each other
-  // in the grid do so in the buffer.
-  void superpose(Transducer& element, const int* index, int count, Span window, double amplitude) const {
+  // Adds `amplitude` times the traces of points index[0], ... to samples `offset` and on: sample by sample, because
+  // points that follow each other in the grid do so in the buffer.
+  void superpose(Transducer& element, const int* index, int count, Span window, double amplitude,
+                 int offset = 0) const {
     const std::ptrdiff_t points = element.global_coordinate_grid->npoints;
     for (int k = window.first; k < window.last; ++k) {
-      double* const line = element.transient_pressure + k * points;
+      double* const line = element.transient_pressure + (k + offset) * points;
       for (int p = 0; p < count; ++p) line[index[p]] += of(p)[k] * amplitude;
     }
   }

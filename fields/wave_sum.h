@@ -4,40 +4,35 @@
 #include <type_traits>
 
 #include "core/lanes/lane_math.h"
+#include "fields/wave.h"
 
 namespace kesto {
 
-// e^{-(attenuation + j wavenumber) R}; either may be negative.
-struct Wave {
-  double wavenumber = 0;   // rad/m
-  double attenuation = 0;  // Np/m
-};
-
-template <class T>
+template <class Target>
 struct LocalPoints {
-  Double<T> x, y, z;
+  Double<Target> x, y, z;
 };
 
-template <class T>
+template <class Target>
 struct ComplexLanes {
-  Double<T> re, im;
+  Double<Target> re, im;
 };
 
-// Terms that share a step of a loop, to be added in their order.
-template <class T, int count = 1>
+// The waves that one node of a rule sends to the points: the one of a rim, the two or four of parallel edges.
+template <class Target, int n = 1>
 struct WaveTerms {
-  static constexpr int terms = count;
-  Double<T> coefficient[count];
-  Double<T> distance[count];
+  static constexpr int count = n;
+  Double<Target> coefficient[n];
+  Double<Target> distance[n];
 };
 
-// sum over terms of coefficient (e^{-(alpha + jk) distance} - reference), with a reference of 0 unless one is set.
+// sum of coefficient (e^{-(alpha + jk) distance} - reference), with a reference of 0 unless one is set.
 //
 // Phases are rounded like those of the scalar formula; the accumulation is fused where the target can.
-template <class Target, bool lossy, Arguments arguments>
+template <class T, bool lossy, Arguments arguments>
 class WaveSum {
  public:
-  using T = Target;
+  using Target = T;
   static constexpr Arguments argument_range = arguments;
 
   KESTO_INLINE explicit WaveSum(Wave wave)
@@ -45,39 +40,39 @@ class WaveSum {
 
   KESTO_INLINE void subtract_wave_at(Double<T> distance) { reference_ = wave_at(distance); }
 
-  // Adds terms(0) ... terms(n - 1), in that order. A processor looks ahead by some two hundred operations, too few to
-  // overlap square roots and divisions with the exponentials by itself. So three steps are under way at once: the
-  // divisions of one, the argument reduction of the one before, the polynomials of the one before that (gains 5 to 8 %
-  // lossless, 15 to 25 % lossy); and a step has two terms at least (8 to 10 % lossless).
-  template <class Terms>
-  KESTO_INLINE void add(int n, const Terms& terms) {
-    if constexpr (decltype(terms(0))::terms > 1) {
-      add_steps(n, terms);
+  // Adds node(0) ... node(n - 1), in that order; node(i) gives WaveTerms. A processor looks ahead by some two hundred
+  // operations, too few to overlap square roots and divisions with the exponentials by itself. So three steps are under
+  // way at once: the divisions of one, the argument reduction of the one before, the polynomials of the one before that
+  // (gains 5 to 8 % lossless, 15 to 25 % lossy); and a step has two waves at least (8 to 10 % lossless).
+  template <class Node>
+  KESTO_INLINE void add(int n, const Node& node) {
+    if constexpr (decltype(node(0))::count > 1) {
+      add_steps(n, node);
     } else {
       add_steps(n / 2, [&](int i) KESTO_INLINE_LAMBDA {
-        const auto a = terms(2 * i), b = terms(2 * i + 1);
+        const auto a = node(2 * i), b = node(2 * i + 1);
         return WaveTerms<T, 2>{{a.coefficient[0], b.coefficient[0]}, {a.distance[0], b.distance[0]}};
       });
-      if (n > 0 && n % 2 != 0) add(terms(n - 1));
+      if (n > 0 && n % 2 != 0) add(node(n - 1));
     }
   }
 
   template <int count>
-  KESTO_INLINE void add(const WaveTerms<T, count>& terms) {
-    finish(begin(terms));
+  KESTO_INLINE void add(const WaveTerms<T, count>& waves) {
+    finish(begin(waves));
   }
 
   KESTO_INLINE ComplexLanes<T> total() const { return sum_; }
 
  private:
-  template <class Terms>
-  KESTO_INLINE void add_steps(int n, const Terms& terms) {
+  template <class Step>
+  KESTO_INLINE void add_steps(int n, const Step& step) {
     if (n < 1) return;
-    auto begun = begin(terms(0));
-    auto next = terms(n > 1 ? 1 : 0);
+    auto begun = begin(step(0));
+    auto next = step(n > 1 ? 1 : 0);
     for (int i = 2; i < n; ++i) {
       const auto begun_next = begin(next);
-      next = terms(i);
+      next = step(i);
       finish(begun);
       begun = begun_next;
     }
@@ -97,7 +92,7 @@ class WaveSum {
   };
   using BegunWave = std::conditional_t<arguments == Arguments::in_range, BegunInRange, BegunAnywhere>;
   template <int count>
-  struct BegunTerms {
+  struct BegunStep {
     Double<T> coefficient[count];
     BegunWave wave[count];
   };
@@ -135,20 +130,20 @@ class WaveSum {
   KESTO_INLINE ComplexLanes<T> wave_at(Double<T> distance) const { return finish_wave(begin_wave_at(distance)); }
 
   template <int count>
-  KESTO_INLINE BegunTerms<count> begin(const WaveTerms<T, count>& terms) const {
-    BegunTerms<count> b;
-    for (int t = 0; t < count; ++t) {
-      b.coefficient[t] = terms.coefficient[t];
-      b.wave[t] = begin_wave_at(terms.distance[t]);
+  KESTO_INLINE BegunStep<count> begin(const WaveTerms<T, count>& waves) const {
+    BegunStep<count> b;
+    for (int i = 0; i < count; ++i) {
+      b.coefficient[i] = waves.coefficient[i];
+      b.wave[i] = begin_wave_at(waves.distance[i]);
     }
     return b;
   }
   template <int count>
-  KESTO_INLINE void finish(const BegunTerms<count>& b) {
-    for (int t = 0; t < count; ++t) {
-      const ComplexLanes<T> wave = finish_wave(b.wave[t]);
-      sum_.re = multiply_add<T>(b.coefficient[t], wave.re - reference_.re, sum_.re);
-      sum_.im = multiply_add<T>(b.coefficient[t], wave.im - reference_.im, sum_.im);
+  KESTO_INLINE void finish(const BegunStep<count>& b) {
+    for (int i = 0; i < count; ++i) {
+      const ComplexLanes<T> wave = finish_wave(b.wave[i]);
+      sum_.re = multiply_add<T>(b.coefficient[i], wave.re - reference_.re, sum_.re);
+      sum_.im = multiply_add<T>(b.coefficient[i], wave.im - reference_.im, sum_.im);
     }
   }
 

@@ -28,8 +28,7 @@ class RectangularTransducer : public kesto::DecliningTransducer {
   // Single precision, four abscissas at a time, for any amplitude. A number of nodes that is no multiple of four is
   // filled up with nodes of no weight.
   int fnm_cw_sse() override;
-  // Single precision, the terms of an abscissa at once. Attenuates the reference wave E(z) alone, not E(R): callers
-  // rely on it.
+  // Single precision, the terms of an abscissa at once. KEPT: attenuates the reference wave E(z) alone, not E(R).
   int fnm_cw_sse2() override;
 
   // The Fraunhofer approximation, j f0 rho (width height) w E(R) / R sinc(k a x / R) sinc(k b y / R), a and b half the
@@ -37,23 +36,37 @@ class RectangularTransducer : public kesto::DecliningTransducer {
   int farfield_cw() override;
   virtual int farfield_cw_lossless();  // without attenuation
 
-  // The Rayleigh integral by the rule in both directions. A node that coincides with the point adds its weight to both
-  // parts of the sum: callers rely on it.
+  // The Rayleigh integral by the rule in both directions. KEPT: a node that coincides with the point adds its weight to
+  // both parts of the sum.
   int rayleigh_cw() override;
   // In single precision, four nodes at a time; those beyond a multiple of four are left out. No exception for a node at
-  // the point. Prints the distances at point 0 on the host's console: callers rely on it.
+  // the point. KEPT: prints the distances at point 0 on the host's console.
   int rayleigh_cw_sse() override;
 
   // Small radiators, each with its own far field, more of them for nearer points: s = sqrt(4 lambda z / n), m =
   // (floor(width / s) + 1) (floor(height / s) + 1) nodes in either direction, m^2 radiators. Leaves the rule with the m
-  // nodes of the last point. Points with z = 0 get nothing. The phase runs forward, e^{+jkR}, and attenuation grows
-  // with distance: callers rely on it. Error: more nodes than an index can count, so close to the face.
+  // nodes of the last point. Points with z = 0 get nothing. Error: more nodes than an index
+  // can count, so close to the face. KEPT: the phase runs forward, e^{+jkR}, and attenuation grows with distance.
   int radiator_cw() override;
 
   // The earliest and the latest time at which a grid point hears the face, with the element's delay. An empty grid
   // leaves the largest double and 0.
   int impulse_begin_and_end_times() override;
 
+  // The stages of a decomposition. init_fnm_tsd makes room for the tables, and again where they are there already;
+  // free_fnm_tsd releases them. KEPT: the destructor does not.
+  int init_fnm_tsd() override;
+  int free_fnm_tsd() override;
+
   double width = 0;   // m
   double height = 0;  // m
+
+  // The tables of a decomposition between init_fnm_tsd and free_fnm_tsd, else null.
+  double *tsd_t_squared = nullptr, *tsd_t_weight = nullptr;   // of the rule's nodes on [0, 1]
+  double *tsd_x = nullptr, *tsd_x_weight = nullptr;           // on [-a, a]
+  double *tsd_y = nullptr, *tsd_y_weight = nullptr;           // on [-b, b]
+  double* tsd_trace = nullptr;                                // one value to a time sample
+  double *tsd_spatial_1 = nullptr, *tsd_spatial_2 = nullptr;  // one value to a term, of the signal ...
+  double *tsd_spatial_3 = nullptr, *tsd_spatial_4 = nullptr;  // ... along rays from each of four edges
+  double* tsd_temporal = nullptr;                             // [term][time sample]
 };

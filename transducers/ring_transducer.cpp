@@ -3,7 +3,6 @@
 #include <iostream>
 
 #include "core/internal/host.h"
-#include "transducers/disc/disc.h"
 
 RingTransducer::RingTransducer(double inner, double outer) : inner_radius(inner), outer_radius(outer) {}
 
@@ -26,24 +25,3 @@ void RingTransducer::mex_debug(int level) {
   kesto::print("inner radius: %f\n", inner_radius);
   kesto::print("outer radius: %f\n", outer_radius);
 }
-
-int RingTransducer::fnm_cw() { return kesto::disc_fnm_cw(*this, {outer_radius, inner_radius}); }
-int RingTransducer::fnm_cw_apodized() { return kesto::disc_fnm_cw_apodized(*this, {outer_radius, inner_radius}); }
-int RingTransducer::fnm_cw_sse() { return kesto::disc_fnm_cw_sse(*this, {outer_radius, inner_radius}); }
-int RingTransducer::rayleigh_cw() { return kesto::disc_rayleigh_cw(*this, {outer_radius, inner_radius}); }
-int RingTransducer::rayleigh_cw_apodized() {
-  return kesto::disc_rayleigh_cw_apodized(*this, {outer_radius, inner_radius});
-}
-int RingTransducer::rayleigh_cw_sse() { return kesto::disc_rayleigh_cw_sse(*this, {outer_radius, inner_radius}); }
-int RingTransducer::impulse_begin_and_end_times() {
-  return kesto::disc_impulse_begin_and_end_times(*this, {outer_radius, inner_radius});
-}
-int RingTransducer::impulse_response() { return kesto::disc_impulse_response(*this, {outer_radius, inner_radius}); }
-int RingTransducer::fnm_transient() { return kesto::disc_fnm_transient(*this, {outer_radius, inner_radius}); }
-int RingTransducer::fnm_fdtsd() { return kesto::disc_fnm_fdtsd(*this, {outer_radius, inner_radius}); }
-int RingTransducer::fnm_tsd() { return kesto::disc_fnm_tsd(*this, {outer_radius, inner_radius}); }
-int RingTransducer::fnm_tsd_low_precision() {
-  return kesto::disc_fnm_tsd_low_precision(*this, {outer_radius, inner_radius});
-}
-int RingTransducer::fnm_tsd_sse() { return kesto::disc_fnm_tsd_sse(*this, {outer_radius, inner_radius}); }
-int RingTransducer::rayleigh_transient() { return kesto::disc_rayleigh_transient(*this, {outer_radius, inner_radius}); }

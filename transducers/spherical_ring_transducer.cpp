@@ -3,7 +3,6 @@
 #include <iostream>
 
 #include "core/internal/host.h"
-#include "transducers/cap/cap.h"
 
 SphericalRingTransducer::SphericalRingTransducer(double inner, double outer, double focus)
     : inner_radius(inner), outer_radius(outer), focal_distance(focus) {}
@@ -32,25 +31,6 @@ void SphericalRingTransducer::mex_debug(int level) {
   kesto::print("geometric focus: %f\n\n", focal_distance);
 }
 
-int SphericalRingTransducer::fnm_cw() { return kesto::cap_fnm_cw(*this, {outer_radius, focal_distance, inner_radius}); }
-int SphericalRingTransducer::rayleigh_cw() {
-  return kesto::cap_rayleigh_cw(*this, {outer_radius, focal_distance, inner_radius});
-}
-int SphericalRingTransducer::impulse_begin_and_end_times() {
-  return kesto::cap_impulse_begin_and_end_times(*this, {outer_radius, focal_distance, inner_radius});
-}
-int SphericalRingTransducer::impulse_response() {
-  return kesto::cap_impulse_response(*this, {outer_radius, focal_distance, inner_radius});
-}
-int SphericalRingTransducer::fnm_transient() {
-  return kesto::cap_fnm_transient(*this, {outer_radius, focal_distance, inner_radius});
-}
-int SphericalRingTransducer::fnm_fdtsd() {
-  return kesto::cap_fnm_fdtsd(*this, {outer_radius, focal_distance, inner_radius});
-}
-int SphericalRingTransducer::fnm_tsd() {
-  return kesto::cap_fnm_tsd(*this, {outer_radius, focal_distance, inner_radius});
-}
 int SphericalRingTransducer::fnm_tsd_low_precision() {
-  return kesto::cap_fnm_tsd_low_precision(*this, {outer_radius, focal_distance});
+  return decompose_in_single_precision({outer_radius, focal_distance});
 }

@@ -1,12 +1,12 @@
 // A spherical annulus.
 #pragma once
 
-#include "transducers/axisymmetric_transducer.h"
+#include "transducers/cap_transducer.h"
 
-// A spherical shell less a smaller one of the same curvature, placed like SphericalTransducer; with an inner radius of
-// 0 its fields are the shell's to the bit. Each of the two by itself sends nothing behind its own rim plane and outside
-// the sphere. Computations not listed here answer 1, but for the three stages of a decomposition, which are errors.
-class SphericalRingTransducer : public kesto::AxisymmetricTransducer {
+// A spherical shell less a smaller one of the same curvature; with an inner radius of 0 its fields are the shell's to
+// the bit. They are documented at CapTransducer; single precision in continuous waves and the forms behind the source
+// answer 1.
+class SphericalRingTransducer : public kesto::CapTransducer {
  public:
   SphericalRingTransducer() = default;
   SphericalRingTransducer(double inner_radius, double outer_radius, double focal_distance);
@@ -16,17 +16,13 @@ class SphericalRingTransducer : public kesto::AxisymmetricTransducer {
 
   void debug(int) override;
   void mex_debug(int) override;
+  kesto::CapFace face() const override { return {outer_radius, focal_distance, inner_radius}; }
 
-  int fnm_cw() override;
-  int rayleigh_cw() override;
-  virtual int farfield_cw_lossless() { return 1; }
-
-  int impulse_begin_and_end_times() override;
-  int impulse_response() override;
-  int fnm_transient() override;
-  int fnm_fdtsd() override;
-  int fnm_tsd() override;
-  int fnm_tsd_low_precision() override;  // of the shell without the hole: callers rely on it
+  int fnm_cw_sse() override { return 1; }
+  int rayleigh_cw_sse() override { return 1; }
+  int fnm_transient_behind_source() override { return 1; }
+  int fnm_tsd_behind_source() override { return 1; }
+  int fnm_tsd_low_precision() override;  // KEPT: of the shell without the hole
 
   double inner_radius = 0;    // of the aperture, m
   double outer_radius = 0;    // m

@@ -1,5 +1,6 @@
 #include "transducers/triangle_transducer.h"
 
+#include "fields/context.h"
 #include "fields/point_road.h"
 
 int TriangleTransducer::fnm_cw() {

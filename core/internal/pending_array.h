@@ -11,9 +11,7 @@ namespace kesto {
 // that gathers all its new arrays before it parts with the old ones is whole whatever the host refuses.
 class PendingArray {
  public:
-  static PendingArray uninitialised(int count) {
-    return PendingArray(allocate(static_cast<std::size_t>(count) * sizeof(double)));
-  }
+  static PendingArray uninitialised(std::size_t count) { return PendingArray(allocate(count * sizeof(double))); }
 
   // One element longer than `count`: accessors that admit the count itself as an index read a 0 there.
   static PendingArray zeros(int count) {

@@ -21,12 +21,7 @@ inline int sample_count(double min, double max, double step) {
   return steps == INT_MAX ? INT_MIN : steps + 1;
 }
 
-// A single sample is min, whatever the step.
 inline void fill_samples(double* samples, int count, double min, double step) {
-  if (count == 1) {
-    samples[0] = min;
-    return;
-  }
   for (int k = 0; k < count; ++k) samples[k] = k * step + min;
 }
 

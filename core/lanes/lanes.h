@@ -1,31 +1,17 @@
 // Vectors of W doubles ("lanes") as plain types with the ordinary operators.
 //
 // One source serves every width: a kernel is a template over W, or over a target that also says whether there is fma,
-// in which everything is KESTO_INLINE, instantiated from outermost functions that carry a target attribute
-// (KESTO_TARGET_*) and pass no vectors. Inlining is what lets one body be compiled for several instruction sets; a call
-// that is not inlined would pass vectors through memory.
+// in which everything is KESTO_INLINE.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 
-#define KESTO_INLINE __attribute__((always_inline)) inline
-#define KESTO_INLINE_LAMBDA __attribute__((always_inline))
+#if defined(__aarch64__)
+#include <arm_neon.h>
+#endif
 
-// On x86-64 without a target attribute the baseline is SSE2. AVX2 goes without fma where results are promised to the
-// bit. Other processors have the baseline alone.
-#if defined(__x86_64__)
-#define KESTO_X86_64 1
-#define KESTO_TARGET_AVX2 __attribute__((target("avx2")))
-#define KESTO_TARGET_AVX2_FMA __attribute__((target("avx2,fma")))
-#if defined(__clang__)
-#define KESTO_TARGET_AVX512 __attribute__((target("avx512f,avx512dq,avx512vl"), min_vector_width(512)))
-#else
-#define KESTO_TARGET_AVX512 __attribute__((target("avx512f,avx512dq,avx512vl,prefer-vector-width=512")))
-#endif
-#else
-#define KESTO_X86_64 0
-#endif
+#include "core/lanes/targets.h"
 
 namespace kesto {
 
@@ -83,21 +69,6 @@ KESTO_INLINE typename Lanes<W>::Double from_last(typename Lanes<W>::Double a, ty
   if constexpr (W == 8) return __builtin_shufflevector(a, b, 7, 8, 9, 10, 11, 12, 13, 14);
 }
 
-// What a kernel is compiled for, in place of W where it matters whether there is fma. Products and sums are fused only
-// where a kernel asks for it.
-struct Baseline {
-  static constexpr int width = 2;
-  static constexpr bool has_fma = false;
-};
-struct Avx2Fma {
-  static constexpr int width = 4;
-  static constexpr bool has_fma = true;
-};
-struct Avx512 {
-  static constexpr int width = 8;
-  static constexpr bool has_fma = true;
-};
-
 // Comparisons go straight into ?: and are nested there. Joined by &, | or ~ in a KESTO_INLINE function, GCC 12 takes
 // them apart lane by lane on AVX-512, at fifteen times the instructions. Nested ones with a common outcome it joins by
 // itself: where that could be, tell bounds by the signs of differences, with where_top_bit.
@@ -122,7 +93,11 @@ KESTO_INLINE Double<Target> where_top_bit(Bits<Target> bits, Double<Target> valu
   return reinterpret_cast<typename Lanes<Target::width>::Int>(bits) < 0 ? value : Double<Target>{};
 }
 
-#if KESTO_X86_64
+#if defined(__aarch64__)
+KESTO_INLINE void assign_fma(Lanes<2>::Double& to, Lanes<2>::Double a, Lanes<2>::Double b, Lanes<2>::Double c) {
+  to = vfmaq_f64(c, a, b);
+}
+#elif KESTO_X86_64
 // The instructions themselves: the vector extensions have no sign for them. These two cannot be KESTO_INLINE, since
 // kernels are not yet in a function of their target when that is checked, so they pass references and leave inlining to
 // the optimiser. A loop of scalar fma becomes the same instruction, but only from -O2 on and for four times the compile
@@ -150,7 +125,7 @@ KESTO_TARGET_AVX512 inline void assign_fma(Lanes<8>::Double& to, const Lanes<8>:
 template <class Target>
 KESTO_INLINE Double<Target> fma(Double<Target> a, Double<Target> b, Double<Target> c) {
   static_assert(Target::has_fma, "the target has no fused multiply-add");
-  Double<Target> fused;
+  Double<Target> fused = c;
   assign_fma(fused, a, b, c);
   return fused;
 }

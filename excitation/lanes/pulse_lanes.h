@@ -1,6 +1,7 @@
 // The analytic pulses in lanes: value, derivative and the spatial factors of their decomposition.
 //
-// Each mirrors the class it is made from, with the same bounds. fits(longest) says whether the vector functions serve
+// Each mirrors the class it is made from, with the same bounds; visit_pulse_lanes at the end is the one list of them.
+// fits(longest) says whether the vector functions serve
 // times and delays up to `longest` (s); what they make of others is discarded by the bounds of the pulse. factors_last
 // says that the spatial factors do not shrink with the delay.
 #pragma once
@@ -109,7 +110,7 @@ struct TCubedPulseLanes {
     const Double<T> decay = exp<T>(-B * t), squared = t * t, cubed = squared * t;
     const SinCos<T> w = sincos<T>(omega * t);
     return within_open<T>(t, width,
-                          3 * A0 * squared * decay * w.sin + omega * cubed * decay * w.cos - B * cubed * decay * w.sin);
+                          3 * A0 * t * t * decay * w.sin + omega * cubed * decay * w.cos - B * cubed * decay * w.sin);
   }
   template <class T>
   KESTO_INLINE void spatial_terms(Double<T> d, Double<T>* out) const {
@@ -124,5 +125,20 @@ struct TCubedPulseLanes {
 
   double A0, omega, B, width;
 };
+
+// Calls visit(lanes) if the signal is a pulse of one of these classes; returns what that returns, else a default value.
+template <class Result, class First, class... Others, class Visit>
+Result visit_pulse_lanes_among(const ExcitationFunction& signal, const Visit& visit) {
+  if (const auto* const pulse = dynamic_cast<const typename First::Pulse*>(&signal)) return visit(First(*pulse));
+  if constexpr (sizeof...(Others) > 0) {
+    return visit_pulse_lanes_among<Result, Others...>(signal, visit);
+  } else {
+    return {};
+  }
+}
+template <class Result, class Visit>
+Result visit_pulse_lanes(const ExcitationFunction& signal, const Visit& visit) {
+  return visit_pulse_lanes_among<Result, ToneBurstLanes, HanningPulseLanes, TCubedPulseLanes>(signal, visit);
+}
 
 }  // namespace kesto

@@ -54,29 +54,17 @@ KESTO_INLINE void relax(double* t, const double* source, const DiagonalRun run, 
 }
 
 // Out of line, with offsets: inlined into the sweeps the compilers spill the pointers, at a cost of 10 to 20 %.
-void relax_baseline(double* t, const double* source, const DiagonalRun& run, const RelaxationWeights& w) {
-  relax<2>(t, source, run, w);
-}
-#if KESTO_X86_64
-KESTO_TARGET_AVX2 void relax_avx2(double* t, const double* source, const DiagonalRun& run, const RelaxationWeights& w) {
-  relax<4>(t, source, run, w);
-}
-KESTO_TARGET_AVX512 void relax_avx512(double* t, const double* source, const DiagonalRun& run,
-                                      const RelaxationWeights& w) {
-  relax<8>(t, source, run, w);
-}
-#endif
+struct RelaxPlanes {
+  using Signature = void(double* t, const double* source, const DiagonalRun& run, const RelaxationWeights& w);
+  template <class T>
+  KESTO_INLINE static void run(double* t, const double* source, const DiagonalRun& diagonal,
+                               const RelaxationWeights& w) {
+    relax<T::width>(t, source, diagonal, w);
+  }
+};
 
 }  // namespace
 
-RelaxDiagonals relax_diagonals(VectorTarget target) {
-  switch (target) {
-#if KESTO_X86_64
-    case VectorTarget::avx2: return relax_avx2;
-    case VectorTarget::avx512: return relax_avx512;
-#endif
-    default: return relax_baseline;
-  }
-}
+RelaxDiagonals relax_diagonals(VectorTarget target) { return kernel_on<RelaxPlanes>(target); }
 
 }  // namespace kesto

@@ -65,7 +65,7 @@ void require_spacing(const mxArray* input, const char* not_numeric, const char* 
   if (0.0 >= mxGetScalar(input)) fail(not_positive);  // NaN passes
 }
 
-// Both questions of dz and of the count are asked of the count; the value of dz is never tested. Callers rely on it.
+// KEPT: the question of dz is asked of the count; the value of dz is never tested.
 void require_spacing_z_and_sweeps(const mxArray* dz, const mxArray* count) {
   require_number(dz, "dz must be numeric.\n");
   // An empty array or a structure has no scalar to give, and not every host says so: left to the numeric test below.
@@ -94,7 +94,7 @@ KESTO_EXPORTED void mexFunction(int nlhs, mxArray* plhs[], int nrhs, const mxArr
     fail("This function requires exactly 6 arguments. See the documentation for details.\n");
   }
   if (mxGetNumberOfDimensions(prhs[pressure]) != 3) {
-    // The medium's dimensions, not the pressure's: callers rely on it.
+    // KEPT: the medium's dimensions, not the pressure's.
     mexPrintf("%i\n", static_cast<int>(mxGetNumberOfDimensions(prhs[medium_structure])));
     fail("Input pressure must have three dimensions.");
   }
@@ -114,7 +114,7 @@ KESTO_EXPORTED void mexFunction(int nlhs, mxArray* plhs[], int nrhs, const mxArr
   problem.dx = mxGetScalar(prhs[spacing_x]);
   problem.dy = mxGetScalar(prhs[spacing_y]);
   problem.dz = mxGetScalar(prhs[spacing_z]);
-  problem.absorption = medium._dBcmMHz;  // as it stands: no unit conversion, no frequency; callers rely on it
+  problem.absorption = medium._dBcmMHz;  // KEPT: as it stands, no unit, no frequency
   problem.impedance = medium._rho_density * medium._soundspeed;
   problem.perfusion = medium._wb;
   problem.specific_heat_of_blood = medium._cb;

@@ -52,46 +52,36 @@ KESTO_INLINE void apply_at(const Arrays<inputs, outputs>& arrays, std::size_t fi
   for (int a = 0; a < outputs; ++a) std::memcpy(arrays.out[a] + first, &out[a], count * sizeof(double));
 }
 
-template <class Function, class T, int inputs, int outputs>
-KESTO_INLINE void apply_to_all(const Arrays<inputs, outputs> arrays) {
-  std::size_t i = 0;
-  for (; i + T::width <= arrays.n; i += T::width) apply_at<Function, T>(arrays, i, T::width);
-  if (i < arrays.n) apply_at<Function, T>(arrays, i, arrays.n - i);
-}
+template <class Function, int inputs, int outputs>
+struct ApplyToAll {
+  using Signature = void(const Arrays<inputs, outputs>& arrays);
 
-template <class Function, class A>
-struct Outermost {
-  static void baseline(const A& arrays) { apply_to_all<Function, Baseline>(arrays); }
-#if KESTO_X86_64
-  KESTO_TARGET_AVX2_FMA static void avx2(const A& arrays) { apply_to_all<Function, Avx2Fma>(arrays); }
-  KESTO_TARGET_AVX512 static void avx512(const A& arrays) { apply_to_all<Function, Avx512>(arrays); }
-#endif
+  template <class T>
+  KESTO_INLINE static void run(const Arrays<inputs, outputs>& arrays) {
+    std::size_t i = 0;
+    for (; i + T::width <= arrays.n; i += T::width) apply_at<Function, T>(arrays, i, T::width);
+    if (i < arrays.n) apply_at<Function, T>(arrays, i, arrays.n - i);
+  }
 };
 
-template <class Function, class A>
-void run(VectorTarget target, const A& arrays) {
-  switch (target) {
-#if KESTO_X86_64
-    case VectorTarget::avx2: return Outermost<Function, A>::avx2(arrays);
-    case VectorTarget::avx512: return Outermost<Function, A>::avx512(arrays);
-#endif
-    default: return Outermost<Function, A>::baseline(arrays);
-  }
+template <class Function, int inputs, int outputs>
+void apply_on(VectorTarget target, const Arrays<inputs, outputs>& arrays) {
+  kernel_on<ApplyToAll<Function, inputs, outputs>>(target)(arrays);
 }
 
 }  // namespace
 
 void exp_of_array(VectorTarget target, const double* x, double* result, std::size_t n) {
-  run<Exp>(target, Arrays<1, 1>{{x}, {result}, n});
+  apply_on<Exp>(target, Arrays<1, 1>{{x}, {result}, n});
 }
 
 void sincos_of_array(VectorTarget target, const double* x, double* sines, double* cosines, std::size_t n) {
-  run<Sincos>(target, Arrays<1, 2>{{x}, {sines, cosines}, n});
+  apply_on<Sincos>(target, Arrays<1, 2>{{x}, {sines, cosines}, n});
 }
 
 void complex_exp_of_array(VectorTarget target, const double* re, const double* im, double* result_re, double* result_im,
                           std::size_t n) {
-  run<ComplexExp>(target, Arrays<2, 2>{{re, im}, {result_re, result_im}, n});
+  apply_on<ComplexExp>(target, Arrays<2, 2>{{re, im}, {result_re, result_im}, n});
 }
 
 }  // namespace kesto

@@ -1,9 +1,8 @@
-#include <cmath>
-#include <complex>
-
-#include "core/internal/host.h"
+// The continuous-wave fields of a spherical cap in double precision.
+#include "core/constants.h"
+#include "fields/context.h"
+#include "fields/midpoints.h"
 #include "fields/point_road.h"
-#include "transducers/cap/cap.h"
 #include "transducers/cap/rim.h"
 #include "transducers/cap/tables.h"
 
@@ -18,8 +17,8 @@ struct CellsOfCap {
   const double *cosine_phi, *sine, *cosine, *area;  // of theta; the area of a cell and its mirror image
 
   template <class Sum>
-  KESTO_INLINE void add_terms(Sum& sum, const LocalPoints<typename Sum::T>& p) const {
-    using T = typename Sum::T;
+  KESTO_INLINE void add_terms(Sum& sum, const LocalPoints<typename Sum::Target>& p) const {
+    using T = typename Sum::Target;
     const double d = roc;
     const Double<T> z = p.z - d, s = p.x * p.x + p.y * p.y + z * z;
     for (int meridian = 0; meridian < n; ++meridian) {
@@ -34,45 +33,42 @@ struct CellsOfCap {
 
 }  // namespace
 
-int cap_fnm_cw(Transducer& element, CapFace face) {
-  const Medium& medium = medium_of(element);
-  const Wave wave = wave_or_default(medium);
-  if (is_silent(element)) return 0;
-  require_complex_output(element);
-  const CapRimTables tables(*element.integral);
-  for_each_cap(element, face, [&](const Cap& cap, Complex weight) {
-    const RimOfCap rim = {cap, tables.n, tables.cosine.data(), tables.weight.data()};
-    const PointKernel kernels[] = {{rim, wave, 2 * cap.roc, chosen_vector_target()}};
-    const Complex at_focus = focal_value(cap, medium, wave) * weight;
-    superpose_sums(element, kernels, cap_rim_factor(cap, medium) * weight, [&](int i, const CartesianCoordinate& p) {
-      if (cap.is_behind(p)) return no_kernel;
-      if (!cap.is_focus(p)) return 0;
-      element.superpose_complex_pressure(i, at_focus);
-      return no_kernel;
-    });
+int CapTransducer::fnm_cw() {
+  const Wave wave = wave_or_default(medium_of(*this));
+  if (is_silent(*this)) return 0;
+  require_complex_output(*this);
+  const CapRimTables tables(*integral);
+  for_each_cap(face(), [&](const Cap& cap, double sign) {
+    const Complex weight = sign * complex_weight;
+    const EdgeIntegral<CapRim> rim = {{cap, tables}};
+    const Complex at_focus = focal_value(cap, *medium, wave) * weight;
+    superpose_sums(
+        *this, {{rim, wave, 2 * cap.roc}}, cap_rim_factor(cap, *medium) * weight,
+        [&](const CartesianCoordinate& p) { return cap.is_behind(p)  ? no_field
+                                                   : cap.is_focus(p) ? special_point
+                                                                     : 0; },
+        [&](const CartesianCoordinate&) { return at_focus; });
   });
   return 0;
 }
 
-int cap_rayleigh_cw(Transducer& element, CapFace face) {
-  const Medium& medium = medium_of(element);
-  if (is_silent(element)) return 0;
-  require_complex_output(element);
-  const Wave wave = stored_wave(medium);
-  const int n = element.integral->get_npoints();
+int CapTransducer::rayleigh_cw() {
+  const Wave wave = stored_wave(medium_of(*this));
+  if (is_silent(*this)) return 0;
+  require_complex_output(*this);
+  const int n = integral->get_npoints();
   const ScratchArray<double> cosine_phi(n);
   fill_cosines_of_midpoints(cosine_phi, n, pi);
-  for_each_cap(element, face, [&](const Cap& cap, Complex weight) {
+  for_each_cap(face(), [&](const Cap& cap, double sign) {
     const CapRingTables rings(cap, n);
     const CellsOfCap cells = {cap.roc, n, cosine_phi.data(), rings.sine.data(), rings.cosine.data(), rings.area.data()};
-    const PointKernel kernels[] = {{cells, wave, 2 * cap.roc, chosen_vector_target()}};
-    const Complex factor = cap_rayleigh_factor(medium, weight);
-    superpose_sums(element, kernels, factor, [&](int i, const CartesianCoordinate& p) {
-      if (cap.is_behind(p)) return no_kernel;
-      if (!is_apex(p)) return 0;
-      element.superpose_complex_pressure(i, apex_sum(cap) * factor);
-      return no_kernel;
-    });
+    const Complex factor = cap_rayleigh_factor(*medium, sign * complex_weight);
+    superpose_sums(
+        *this, {{cells, wave, 2 * cap.roc}}, factor,
+        [&](const CartesianCoordinate& p) { return cap.is_behind(p) ? no_field
+                                                   : is_apex(p)     ? special_point
+                                                                    : 0; },
+        [&](const CartesianCoordinate&) { return apex_sum(cap) * factor; });
   });
   return 0;
 }

@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "fields/point_road.h"
+#include "fields/context.h"
 #include "fields/traces.h"
 #include "transducers/cap/tables.h"
 
@@ -68,30 +68,30 @@ double response_at_centre(const Cap& cap, double c, const TimeAxis& axis, int k)
 
 }  // namespace
 
-int cap_impulse_begin_and_end_times(Transducer& element, CapFace face) {
-  require_grid_and_medium(element);
-  const Cap cap(face.outer, face.roc);
-  for_each_local_point(element, [&](int i, const CartesianCoordinate& p) {
-    const CapPoint point(p, cap, element.medium->_soundspeed);
-    const double begin = point.begin() + element.time_delay, end = point.end() + element.time_delay;
-    element.impulse_begin_time = i == 0 ? begin : std::min(element.impulse_begin_time, begin);
-    element.impulse_end_time = i == 0 ? end : std::max(element.impulse_end_time, end);
+int CapTransducer::impulse_begin_and_end_times() {
+  require_grid_and_medium(*this);
+  const Cap cap(face().outer, face().roc);
+  for_each_local_point(*this, [&](int i, const CartesianCoordinate& p) {
+    const CapPoint point(p, cap, medium->_soundspeed);
+    const double begin = point.begin() + time_delay, end = point.end() + time_delay;
+    impulse_begin_time = i == 0 ? begin : std::min(impulse_begin_time, begin);
+    impulse_end_time = i == 0 ? end : std::max(impulse_end_time, end);
   });
   return 0;
 }
 
-int cap_impulse_response(Transducer& element, CapFace face) {
-  if (is_silent(element)) return 0;
-  require_transient_output(element);
-  const TimeAxis axis(element);
-  const double c = element.medium->_soundspeed;
-  for_each_signed_cap(face, [&](const Cap& cap, double sign) {
-    superpose_traces(element, axis.samples, [&](const CartesianCoordinate& p, double* trace) {
+int CapTransducer::impulse_response() {
+  if (is_silent(*this)) return 0;
+  require_transient_output(*this);
+  const TimeAxis axis(*this);
+  const double c = medium->_soundspeed;
+  for_each_cap(face(), [&](const Cap& cap, double sign) {
+    superpose_traces(*this, axis.samples, [&](const CartesianCoordinate& p, double* trace) {
       const CapPoint point(p, cap, c);
       for (int k = 0; k < axis.samples; ++k) {
         const double h =
             point.centre == 0 ? response_at_centre(cap, c, axis, k) : point.response(axis.times[k] - axis.time_delay);
-        trace[k] = sign * h * element.amplitude;
+        trace[k] = sign * h * amplitude;
       }
     });
   });

@@ -1,4 +1,5 @@
-// What the double and the single-precision fields of a spherical cap share.
+// What is computed once for a cap, whatever the points: the shape, its rim's nodes, its rings of cells, and the factors
+// of its integrals.
 #pragma once
 
 #include <cmath>
@@ -6,11 +7,12 @@
 
 #include "core/constants.h"
 #include "core/internal/host.h"
+#include "core/medium.h"
 #include "core/numerical_helpers.h"
 #include "core/numerical_integration.h"
-#include "fields/continuous_wave.h"
 #include "fields/midpoints.h"
-#include "transducers/cap/cap.h"
+#include "fields/wave.h"
+#include "transducers/cap_transducer.h"
 
 namespace kesto {
 
@@ -35,18 +37,12 @@ inline bool is_apex(const CartesianCoordinate& p) { return p.z == 0 && std::sqrt
 
 // Calls compute(cap, sign) for the cap and for the one it lacks.
 template <class Compute>
-void for_each_signed_cap(CapFace face, Compute compute) {
+void for_each_cap(CapFace face, Compute compute) {
   compute(Cap(face.outer, face.roc), 1.0);
   if (face.inner > 0) compute(Cap(face.inner, face.roc), -1.0);
 }
 
-// Calls compute(cap, weight) for the cap and, with the weight negated, for the one it lacks.
-template <class Compute>
-void for_each_cap(const Transducer& element, CapFace face, Compute compute) {
-  for_each_signed_cap(face, [&](const Cap& cap, double sign) { compute(cap, sign * element.complex_weight); });
-}
-
-// The element's rule mapped to the rim angles from 0 to pi.
+// The element's rule mapped to the rim angles from 0 to pi; the weights times `factor`.
 struct CapRimTables {
   explicit CapRimTables(const NumericalIntegration& rule, double factor = 1)
       : n(rule.get_npoints()), cosine(n), weight(n) {
@@ -77,16 +73,20 @@ inline double cap_rim_factor(const Cap& cap, const Medium& medium) {
   return medium._rho_density * medium._soundspeed * cap.roc * cap.radius / pi;
 }
 
+inline double cap_transient_factor(const Cap& cap, const Medium& medium, double sign) {
+  return sign * (cap.roc * cap.radius / pi * medium._rho_density * medium._soundspeed);
+}
+
 // The limit of the rim integral at the centre of curvature. f0 as stored is its factor, also where the wave has
 // another.
-inline Complex focal_value(const Cap& cap, const Medium& medium, Wave wave) {
+inline std::complex<double> focal_value(const Cap& cap, const Medium& medium, Wave wave) {
   const double k = 2 * pi * medium._rho_density * medium._f0 * cap.depth;
-  const Complex e = smart_exp(-wave.attenuation * cap.roc, -wave.wavenumber * cap.roc);
+  const std::complex<double> e = smart_exp(-wave.attenuation * cap.roc, -wave.wavenumber * cap.roc);
   return {-k * e.imag(), k * e.real()};
 }
 
-inline Complex cap_rayleigh_factor(const Medium& medium, Complex weight) {
-  return medium._f0 * medium._rho_density * weight * Complex(0, 1);
+inline std::complex<double> cap_rayleigh_factor(const Medium& medium, std::complex<double> weight) {
+  return medium._f0 * medium._rho_density * weight * std::complex<double>(0, 1);
 }
 
 // The sum of the cells at the apex, where the field of a cap is known.

@@ -1,3 +1,4 @@
+// The continuous-wave fields of a disc in double precision.
 #include <cmath>
 #include <complex>
 
@@ -5,9 +6,9 @@
 #include "core/internal/host.h"
 #include "core/numerical_integration.h"
 #include "core/piston_apodization.h"
+#include "fields/context.h"
 #include "fields/midpoints.h"
 #include "fields/point_road.h"
-#include "transducers/disc/disc.h"
 #include "transducers/disc/rim.h"
 #include "transducers/disc/tables.h"
 
@@ -23,8 +24,8 @@ struct RimsOfRings {
   int first_ring;                                     // those before have a derivative of 0
 
   template <class Sum>
-  KESTO_INLINE void add_terms(Sum& sum, const LocalPoints<typename Sum::T>& p) const {
-    using T = typename Sum::T;
+  KESTO_INLINE void add_terms(Sum& sum, const LocalPoints<typename Sum::Target>& p) const {
+    using T = typename Sum::Target;
     const Double<T> r2 = p.x * p.x + p.y * p.y, r = sqrt<T>(r2), z2 = p.z * p.z;
     sum.subtract_wave_at(p.z);
     // Where values may not be finite, rings that weigh nothing are added too: they carry the NaN into the result.
@@ -45,8 +46,8 @@ struct CellsOfDisc {
   const double *cosine, *sigma, *sigma_squared, *area;  // area and velocity of a cell, by ring
 
   template <class Sum>
-  KESTO_INLINE void add_terms(Sum& sum, const LocalPoints<typename Sum::T>& p) const {
-    using T = typename Sum::T;
+  KESTO_INLINE void add_terms(Sum& sum, const LocalPoints<typename Sum::Target>& p) const {
+    using T = typename Sum::Target;
     const Double<T> r2 = p.x * p.x + p.y * p.y, r = sqrt<T>(r2), distance_squared = p.z * p.z + r2;
     for (int ring = 0; ring < n; ++ring) {
       const Double<T> s = sigma_squared[ring] + distance_squared, sigma_r_2 = 2 * sigma[ring] * r;
@@ -61,48 +62,46 @@ struct CellsOfDisc {
 
 // `velocity(radius of the ring, radius of the disc)` weighs each ring of cells.
 template <class Velocity>
-void superpose_cells(Transducer& element, DiscFace face, Wave wave, Velocity velocity) {
+void superpose_cells(DiscTransducer& element, Wave wave, Velocity velocity) {
   const int n = element.integral->get_npoints();
   const ScratchArray<double> cosine(n), sigma(n), sigma_squared(n), area(n);
   fill_cosines_of_midpoints(cosine, n, pi);
-  for_each_disc(element, face, [&](double radius, Complex weight) {
+  for_each_disc(element.face(), [&](double radius, double sign) {
     for (int i = 0; i < n; ++i) {
       sigma[i] = midpoint(i, n, radius);
       sigma_squared[i] = sigma[i] * sigma[i];
       area[i] = radius / n * sigma[i] * (pi / n) * velocity(sigma[i], radius);
     }
     const CellsOfDisc cells = {n, cosine.data(), sigma.data(), sigma_squared.data(), area.data()};
-    const PointKernel kernels[] = {{cells, wave, radius, chosen_vector_target()}};
-    superpose_sums(element, kernels, disc_rayleigh_factor(*element.medium, weight), kernel_in_front);
+    superpose_sum_in_front(element, {cells, wave, radius},
+                           disc_rayleigh_factor(*element.medium, sign * element.complex_weight));
   });
 }
 
 }  // namespace
 
-int disc_fnm_cw(Transducer& element, DiscFace face) {
-  const Medium& medium = medium_of(element);
-  const Wave wave = wave_or_default(medium);
-  if (is_silent(element)) return 0;
-  require_complex_output(element);
-  for_each_disc(element, face, [&](double radius, Complex weight) {
-    const DiscRimTables tables(*element.integral, radius);
-    const RimOfDisc rim = tables.rim();
-    const PointKernel kernels[] = {{rim, wave, radius, chosen_vector_target()}};
-    superpose_sums(element, kernels, disc_rim_factor(medium, radius, weight), kernel_in_front);
+int DiscTransducer::fnm_cw() {
+  const Wave wave = wave_or_default(medium_of(*this), NanFrequency::is_unset);
+  if (is_silent(*this)) return 0;
+  require_complex_output(*this);
+  for_each_disc(face(), [&](double radius, double sign) {
+    const DiscRimTables tables(*integral, radius);
+    const EdgeIntegral<DiscRim> rim = {DiscRim(tables)};
+    superpose_sum_in_front(*this, {rim, wave, radius}, disc_rim_factor(*medium, radius, sign * complex_weight));
   });
   return 0;
 }
 
-int disc_fnm_cw_apodized(Transducer& element, DiscFace face) {
-  const Medium& medium = medium_of(element);
-  if (is_silent(element)) return 0;
-  require_complex_output(element);
-  NumericalIntegration& rule = *element.integral;
+int DiscTransducer::fnm_cw_apodized() {
+  const Wave wave = stored_wave(medium_of(*this));
+  if (is_silent(*this)) return 0;
+  require_complex_output(*this);
+  NumericalIntegration& rule = *integral;
   rule.gauss_quadrature(0, pi);
   const int n = rule.get_npoints();
   const ScratchArray<double> cosine(n), cosine_2(n), weight_of_angle(n);
   const ScratchArray<double> sigma(n), sigma_squared(n), weight_of_ring(n);
-  for_each_disc(element, face, [&](double radius, Complex weight) {
+  for_each_disc(face(), [&](double radius, double sign) {
     int first_ring = n;
     for (int i = n - 1; i >= 0; --i) {
       cosine[i] = std::cos(rule.get_abscissa(i));
@@ -110,7 +109,7 @@ int disc_fnm_cw_apodized(Transducer& element, DiscFace face) {
       weight_of_angle[i] = pi * rule.get_weight(i);
       sigma[i] = radius * rule.get_abscissa(i);
       sigma_squared[i] = sigma[i] * sigma[i];
-      const double slope = piston_apodization::derivative(element.piston_apodization_index, sigma[i], radius);
+      const double slope = piston_apodization::derivative(piston_apodization_index, sigma[i], radius);
       weight_of_ring[i] = radius * rule.get_weight(i) * slope * sigma[i];
       if (slope != 0) first_ring = i;
     }
@@ -122,33 +121,31 @@ int disc_fnm_cw_apodized(Transducer& element, DiscFace face) {
                               sigma_squared.data(),
                               weight_of_ring.data(),
                               first_ring};
-    const PointKernel kernels[] = {{rims, stored_wave(medium), pi * radius, chosen_vector_target()}};
-    superpose_sums(element, kernels, disc_rim_factor(medium, radius, weight), kernel_in_front);
+    superpose_sum_in_front(*this, {rims, wave, pi * radius}, disc_rim_factor(*medium, radius, sign * complex_weight));
   });
   return 0;
 }
 
-int disc_rayleigh_cw(Transducer& element, DiscFace face) {
-  const Medium& medium = medium_of(element);
-  double soundspeed = medium._soundspeed;
+int DiscTransducer::rayleigh_cw() {
+  double soundspeed = medium_of(*this)._soundspeed;
   if (soundspeed <= 1e-10) {
-    kesto::warn("Sound speed not set; using default of 1500 m/s to calculate wavenumber.");
+    warn("Sound speed not set; using default of 1500 m/s to calculate wavenumber.");
     soundspeed = 1500;
   }
-  if (is_silent(element)) return 0;
-  require_complex_output(element);
-  const Wave growing = {medium._f0 * two_pi / soundspeed, -attenuation_of(medium)};
-  superpose_cells(element, face, growing, [](double, double) { return 1.0; });
+  if (is_silent(*this)) return 0;
+  require_complex_output(*this);
+  const Wave growing = {medium->_f0 * two_pi / soundspeed, -attenuation_of(*medium)};
+  superpose_cells(*this, growing, [](double, double) { return 1.0; });
   return 0;
 }
 
-int disc_rayleigh_cw_apodized(Transducer& element, DiscFace face) {
-  const Medium& medium = medium_of(element);
-  if (is_silent(element)) return 0;
-  require_complex_output(element);
-  const Wave wave = {medium._f0 * two_pi / medium._soundspeed, attenuation_of(medium)};
-  superpose_cells(element, face, wave, [&](double r, double radius) {
-    return piston_apodization::evaluate(element.piston_apodization_index, r, radius);
+int DiscTransducer::rayleigh_cw_apodized() {
+  medium_of(*this);
+  if (is_silent(*this)) return 0;
+  require_complex_output(*this);
+  const Wave wave = {medium->_f0 * two_pi / medium->_soundspeed, attenuation_of(*medium)};
+  superpose_cells(*this, wave, [this](double r, double radius) {
+    return piston_apodization::evaluate(piston_apodization_index, r, radius);
   });
   return 0;
 }

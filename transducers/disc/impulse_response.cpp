@@ -2,8 +2,10 @@
 #include <algorithm>
 #include <cmath>
 
-#include "fields/point_road.h"
+#include "core/constants.h"
+#include "fields/context.h"
 #include "fields/traces.h"
+#include "transducers/disc/arrivals.h"
 #include "transducers/disc/tables.h"
 
 namespace kesto {
@@ -38,28 +40,28 @@ struct DiscResponse {
 
 }  // namespace
 
-int disc_impulse_begin_and_end_times(Transducer& element, DiscFace face) {
-  require_grid_and_medium(element);
-  const double c = element.medium->_soundspeed;
-  for_each_local_point(element, [&](int i, const CartesianCoordinate& p) {
-    const DiscArrivals arrivals(p, face.outer, c);
-    const double begin = arrivals.first + element.time_delay, end = arrivals.far_rim + element.time_delay;
-    element.impulse_begin_time = i == 0 ? begin : std::min(element.impulse_begin_time, begin);
-    element.impulse_end_time = i == 0 ? end : std::max(element.impulse_end_time, end);
+int DiscTransducer::impulse_begin_and_end_times() {
+  require_grid_and_medium(*this);
+  const double c = medium->_soundspeed, a = face().outer;
+  for_each_local_point(*this, [&](int i, const CartesianCoordinate& p) {
+    const DiscArrivals arrivals(p, a, c);
+    const double begin = arrivals.first + time_delay, end = arrivals.far_rim + time_delay;
+    impulse_begin_time = i == 0 ? begin : std::min(impulse_begin_time, begin);
+    impulse_end_time = i == 0 ? end : std::max(impulse_end_time, end);
   });
   return 0;
 }
 
-int disc_impulse_response(Transducer& element, DiscFace face) {
-  require_transient_output(element);
-  const TimeAxis axis(element);
-  const double c = element.medium->_soundspeed;
-  for_each_signed_disc(face, [&](double a, double sign) {
-    superpose_traces(element, axis.samples, [&](const CartesianCoordinate& p, double* trace) {
+int DiscTransducer::impulse_response() {
+  require_transient_output(*this);
+  const TimeAxis axis(*this);
+  const double c = medium->_soundspeed;
+  for_each_disc(face(), [&](double a, double sign) {
+    superpose_traces(*this, axis.samples, [&](const CartesianCoordinate& p, double* trace) {
       const DiscArrivals arrivals(p, a, c);
       const DiscResponse response = {a, c, arrivals.r, p.z};
       for (int k = 0; k < axis.samples; ++k) {
-        trace[k] = sign * response.at(axis.times[k] - axis.time_delay, arrivals) * element.amplitude;
+        trace[k] = sign * response.at(axis.times[k] - axis.time_delay, arrivals) * amplitude;
       }
     });
   });

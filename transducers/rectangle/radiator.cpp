@@ -7,6 +7,7 @@
 #include "core/constants.h"
 #include "core/internal/host.h"
 #include "core/numerical_helpers.h"
+#include "fields/context.h"
 #include "fields/point_road.h"
 #include "transducers/rectangle/tables.h"
 
@@ -53,7 +54,7 @@ int RectangularTransducer::radiator_cw() {
     for (int i = 0; i < count; ++i) {
       for (int j = 0; j < count; ++j) {
         const double dx = p.x - t.x[i], dy = p.y - t.y[j], distance = std::sqrt(dy * dy + dx * dx + p.z * p.z);
-        // A radiator's width times its offset from the middle, not from the point: callers rely on it.
+        // KEPT: a radiator's width times its offset from the middle, not from the point.
         const Complex u = t.x_weight[i] * t.x[i] * kappa / distance, v = t.y_weight[j] * t.y[j] * kappa / distance;
         const Complex wave = smart_exp(exponent.real() * distance, exponent.imag() * distance);
         sum += t.x_weight[i] * t.y_weight[j] * wave * sinc(u) * sinc(v) / distance;

@@ -6,6 +6,7 @@
 #include "core/internal/four_floats.h"
 #include "core/internal/host.h"
 #include "core/numerical_helpers.h"
+#include "fields/context.h"
 #include "fields/point_road.h"
 #include "transducers/rectangle/tables.h"
 

@@ -1,9 +1,12 @@
-// What the double and the single-precision fields of a rectangle share.
+// What is computed once for a rectangle, whatever the points: its rule and the factors of its integrals.
 #pragma once
 
+#include <cmath>
+#include <complex>
+
 #include "core/internal/host.h"
+#include "core/medium.h"
 #include "core/numerical_integration.h"
-#include "fields/continuous_wave.h"
 #include "transducers/rectangular_transducer.h"
 
 namespace kesto {
@@ -30,6 +33,7 @@ struct RectangleTables {
         node = static_cast<float>(node);
         weight = static_cast<float>(weight);
       }
+      if (!(std::fabs(node) <= farthest_node)) farthest_node = std::fabs(node);
       const double t = (node + 1) * 0.5;
       t_squared[i] = t * t;
       t_weight[i] = weight * 0.5;
@@ -40,8 +44,13 @@ struct RectangleTables {
     }
   }
 
+  // By how much a distance from an edge or a node may exceed that of its point from the origin. KEPT: a rule that its
+  // owner left on another interval is used as it is, with nodes beyond the rectangle.
+  double extent() const { return 2 * farthest_node * (std::fabs(a) + std::fabs(b)); }
+
   double a, b;  // half the sides, m
   int n;
+  double farthest_node = 1;  // in half sides
   ScratchArray<double> t_squared, t_weight, x, x_weight, y, y_weight;
 };
 
@@ -51,13 +60,14 @@ bool is_split(Real one, Real other) {
   return one > 0 && other > 0;
 }
 
-inline Complex rectangle_rim_factor(const RectangularTransducer& piston, double rho_c, double minus_two_pi) {
-  const Complex w = piston.complex_weight;
+inline std::complex<double> rectangle_rim_factor(const RectangularTransducer& piston, double rho_c,
+                                                 double minus_two_pi) {
+  const std::complex<double> w = piston.complex_weight;
   return {rho_c * w.real() / minus_two_pi, rho_c * w.imag() / minus_two_pi};
 }
 
-inline Complex rectangle_rayleigh_factor(const RectangularTransducer& piston) {
-  return piston.complex_weight * Complex(0, 1) * (piston.medium->_f0 * piston.medium->_rho_density);
+inline std::complex<double> rectangle_rayleigh_factor(const RectangularTransducer& piston) {
+  return piston.complex_weight * std::complex<double>(0, 1) * (piston.medium->_f0 * piston.medium->_rho_density);
 }
 
 }  // namespace kesto
