@@ -1,6 +1,6 @@
 #include "kzk/kernels.h"
 
-#include "core/lanes/outermost.h"
+#include "core/lanes/targets.h"
 #include "kzk/lanes/nonlinear_lanes.h"
 #include "kzk/lanes/pulse_lanes.h"
 
@@ -26,27 +26,35 @@ class TinyNumbersAreZero {
 };
 
 struct Factorise {
+  using Signature = void(const DiffractionWork&);
   template <class T>
   KESTO_INLINE static void run(const DiffractionWork& w) {
+    const TinyNumbersAreZero here;
     factorise_lanes<T>(w);
   }
 };
 struct BackwardEuler {
+  using Signature = void(const DiffractionWork&, double*);
   template <class T>
   KESTO_INLINE static void run(const DiffractionWork& w, double* field) {
+    const TinyNumbersAreZero here;
     solve_lanes<T, false>(w, field);
     solve_lanes<T, false>(w, field);
   }
 };
 struct CrankNicolson {
+  using Signature = void(const DiffractionWork&, double*);
   template <class T>
   KESTO_INLINE static void run(const DiffractionWork& w, double* field) {
+    const TinyNumbersAreZero here;
     solve_lanes<T, true>(w, field);
   }
 };
 struct Nonlinear {
+  using Signature = void(const NonlinearWork&, double*);
   template <class T>
   KESTO_INLINE static void run(const NonlinearWork& w, double* field) {
+    const TinyNumbersAreZero here;
     if (w.transform > 0) {
       nonlinear_lanes<T, 2>(w, field);
     } else {
@@ -56,41 +64,29 @@ struct Nonlinear {
 };
 
 struct PulseBackwardEuler {
+  using Signature = void(const PulseDiffractionWork&, double*);
   template <class T>
   KESTO_INLINE static void run(const PulseDiffractionWork& w, double* field) {
+    const TinyNumbersAreZero here;
     pulse_diffraction_lanes<T, false>(w, field);
     pulse_diffraction_lanes<T, false>(w, field);
   }
 };
 struct PulseCrankNicolson {
+  using Signature = void(const PulseDiffractionWork&, double*);
   template <class T>
   KESTO_INLINE static void run(const PulseDiffractionWork& w, double* field) {
+    const TinyNumbersAreZero here;
     pulse_diffraction_lanes<T, true>(w, field);
   }
 };
 struct Distort {
+  using Signature = void(const PulseDistortionWork&, double*);
   template <class T>
   KESTO_INLINE static void run(const PulseDistortionWork& w, double* field) {
+    const TinyNumbersAreZero here;
     distort_lanes<T>(w, field);
   }
-};
-
-template <class Kernel, class... Args>
-struct Outermost {
-  static void baseline(Args... args) {
-    const TinyNumbersAreZero here;
-    Kernel::template run<Baseline>(args...);
-  }
-#if KESTO_X86_64
-  KESTO_TARGET_AVX2_FMA static void avx2(Args... args) {
-    const TinyNumbersAreZero here;
-    Kernel::template run<Avx2Fma>(args...);
-  }
-  KESTO_TARGET_AVX512 static void avx512(Args... args) {
-    const TinyNumbersAreZero here;
-    Kernel::template run<Avx512>(args...);
-  }
-#endif
 };
 
 }  // namespace
@@ -98,13 +94,13 @@ struct Outermost {
 KzkKernels kzk_kernels(VectorTarget target) {
   KzkKernels k;
   k.width = static_cast<int>(target);
-  k.factorise = function_on<Outermost<Factorise, const DiffractionWork&>>(target);
-  k.backward_euler = function_on<Outermost<BackwardEuler, const DiffractionWork&, double*>>(target);
-  k.crank_nicolson = function_on<Outermost<CrankNicolson, const DiffractionWork&, double*>>(target);
-  k.nonlinear = function_on<Outermost<Nonlinear, const NonlinearWork&, double*>>(target);
-  k.pulse_backward_euler = function_on<Outermost<PulseBackwardEuler, const PulseDiffractionWork&, double*>>(target);
-  k.pulse_crank_nicolson = function_on<Outermost<PulseCrankNicolson, const PulseDiffractionWork&, double*>>(target);
-  k.distort = function_on<Outermost<Distort, const PulseDistortionWork&, double*>>(target);
+  k.factorise = kernel_on<Factorise>(target);
+  k.backward_euler = kernel_on<BackwardEuler>(target);
+  k.crank_nicolson = kernel_on<CrankNicolson>(target);
+  k.nonlinear = kernel_on<Nonlinear>(target);
+  k.pulse_backward_euler = kernel_on<PulseBackwardEuler>(target);
+  k.pulse_crank_nicolson = kernel_on<PulseCrankNicolson>(target);
+  k.distort = kernel_on<Distort>(target);
   return k;
 }
 

@@ -22,6 +22,7 @@
 #include "excitation/t_cubed_pulse.h"
 #include "excitation/tone_burst.h"
 #include "host/embedded_host.h"
+#include "transducers/axisymmetric_transducer.h"
 
 namespace {
 
@@ -191,6 +192,10 @@ TEST(Transducer, DeclinesEveryComputationAndTouchesNothing) {
     EXPECT_EQ(slot(all[k]), 24 + static_cast<int>(k));  // callers compiled against the declared order rely on it
   }
   EXPECT_EQ(slot(&Transducer::rotateTranslate), 49);
+  using Axisymmetric = kesto::AxisymmetricTransducer;
+  EXPECT_EQ((std::array<int, 5>{slot(&Axisymmetric::Tridiag), slot(&Axisymmetric::TRIDIA), slot(&Axisymmetric::COEFF),
+                                slot(&Axisymmetric::NONLIN), slot(&Axisymmetric::INIT)}),
+            (std::array<int, 5>{50, 51, 52, 53, 54}));
   EXPECT_EQ(slot(&ExcitationFunction::number_of_tsd_terms), 6);
   EXPECT_EQ(slot(&ExcitationFunction::get_frequency_domain_input_signal_imag), 17);
 }

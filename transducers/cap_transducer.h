@@ -18,7 +18,7 @@ struct CapFace {
 // expected on [-1, 1].
 //
 // Continuous waves are silent until the weight is set; transients go by the amplitude, which starts at 1, and are
-// lossless whatever the medium attenuates.
+// lossless whatever the medium attenuates, but for the nonlinear ones.
 class CapTransducer : public AxisymmetricTransducer {
  public:
   // The rim integral of McGough and Kelly's fast nearest method for a shell; at the centre of curvature its lossless
@@ -60,9 +60,14 @@ class CapTransducer : public AxisymmetricTransducer {
   int fnm_fdtsd() override;              // through the signal's complex factors
   int fnm_tsd_low_precision() override;  // geometry in single precision
 
+  // The nonlinear beam by the KZK equation, as DiscTransducer has it.
+  int kzk_cw() override;
+  int kzk_transient() override;
+
   virtual CapFace face() const = 0;
 
  protected:
+  BeamSource beam_source() const override;
   int decompose_in_single_precision(CapFace face);
 };
 
