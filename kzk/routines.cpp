@@ -54,6 +54,15 @@ void source_plane(const BeamSource& source, const RadialGrid& grid, double* shar
     const double first = std::max(from, source.inner_radius), last = std::min(to, source.radius);
     share[i] = last > first ? (last * last - first * first) / (to * to - from * from) : 0;
   }
+  constexpr int passes = 4;
+  for (int pass = 0; pass < passes; ++pass) {
+    double before = 0;
+    for (int i = 0; i < grid.nodes; ++i) {
+      const double here = share[i], after = i + 1 < grid.nodes ? share[i + 1] : 0;
+      share[i] += 0.125 * (grid.lower(i) * (before - here) + grid.upper(i) * (after - here));
+      before = here;
+    }
+  }
 }
 
 void tridiagonal_coefficients(const RadialGrid& grid, double wavenumber, double rayleigh, double half, Complex* lower,

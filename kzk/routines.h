@@ -23,7 +23,8 @@ struct RadialGrid {
   double kept(int i, double part_of_way) const;
 };
 
-// The share of each ring that the source covers.
+// The share of each ring that the source covers, smoothed over some rings: of a sharp edge, waves as short as two nodes
+// would stay where they are. What is lost is of second order in dr.
 void source_plane(const BeamSource& source, const RadialGrid& grid, double* share);
 
 // The rows lower x_{i-1} + diagonal x_i + upper x_{i+1} = right side of one implicit half step of length half in zeta,
