@@ -20,6 +20,8 @@
 #include "core/numerical_integration.h"
 #include "excitation/lanes/pulse_lanes.h"
 #include "host/embedded_host.h"
+#include "transducers/circular_transducer.h"
+#include "transducers/spherical_transducer.h"
 
 namespace {
 
@@ -165,6 +167,13 @@ TEST(Transducer, DeclinesEveryComputationAndTouchesNothing) {
     EXPECT_EQ(slot(all[k]), 24 + static_cast<int>(k));  // callers compiled against the declared order rely on it
   }
   EXPECT_EQ(slot(&Transducer::rotateTranslate), 49);
+  using Disc = CircularTransducer;
+  using Cap = SphericalTransducer;
+  EXPECT_EQ((std::array{slot(&Disc::Tridiag), slot(&Disc::TRIDIA), slot(&Disc::COEFF), slot(&Disc::NONLIN),
+                        slot(&Disc::INIT)}),
+            (std::array{50, 51, 52, 53, 54}));
+  EXPECT_EQ((std::array{slot(&Cap::farfield_cw_lossless), slot(&Cap::Tridiag), slot(&Cap::INIT)}),
+            (std::array{50, 51, 55}));
   EXPECT_EQ(slot(&ExcitationFunction::number_of_tsd_terms), 6);
   EXPECT_EQ(slot(&ExcitationFunction::get_frequency_domain_input_signal_imag), 17);
 }

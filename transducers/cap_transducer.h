@@ -18,8 +18,8 @@ struct CapFace {
 // expected on [-1, 1].
 //
 // Continuous waves are silent until the weight is set; transients go by the amplitude, which starts at 1, and are
-// lossless whatever the medium attenuates.
-class CapTransducer : public AxisymmetricTransducer {
+// lossless whatever the medium attenuates, but for the nonlinear ones.
+class CapTransducer : public BeamingTransducer<AxisymmetricTransducer::WithFarField> {
  public:
   // The rim integral of McGough and Kelly's fast nearest method for a shell; at the centre of curvature its lossless
   // limit, j 2 pi rho f0 (depth) w, times e^{-(alpha + jk) roc}, with f0 as stored. Without f0: a warning, and the
@@ -37,8 +37,6 @@ class CapTransducer : public AxisymmetricTransducer {
   // In single precision, four polar angles at a time; those beyond a multiple of four are left out. An unset f0 gets
   // its default within the sum.
   int rayleigh_cw_sse() override;
-
-  virtual int farfield_cw_lossless() { return 1; }
 
   // The earliest and the latest time at which a grid point hears the cap of the outer radius, with the element's delay.
   // An empty grid leaves the window as it is.
@@ -63,6 +61,7 @@ class CapTransducer : public AxisymmetricTransducer {
   virtual CapFace face() const = 0;
 
  protected:
+  BeamSource beam_source() const override;
   int decompose_in_single_precision(CapFace face);
 };
 

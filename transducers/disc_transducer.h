@@ -16,8 +16,8 @@ struct DiscFace {
 // it was on, and left there.
 //
 // Continuous waves are silent until the weight is set; transients go by the amplitude, which starts at 1, and are
-// lossless whatever the medium attenuates.
-class DiscTransducer : public AxisymmetricTransducer {
+// lossless whatever the medium attenuates, but for the nonlinear ones.
+class DiscTransducer : public BeamingTransducer<AxisymmetricTransducer::WithoutFarField> {
  public:
   // p = (rho c a w / pi) int_0^pi (r cos psi - a) / (r^2 + a^2 - 2 a r cos psi) [E(R) - E(z)] dpsi, with
   // R^2 = z^2 + r^2 + a^2 - 2 a r cos psi and E(d) = e^{-(alpha + jk) d}: the fast nearest method of McGough, Samulski
@@ -69,6 +69,9 @@ class DiscTransducer : public AxisymmetricTransducer {
   int rayleigh_transient() override;
 
   virtual DiscFace face() const = 0;
+
+ protected:
+  BeamSource beam_source() const override;
 };
 
 }  // namespace kesto

@@ -4,8 +4,8 @@
 #include "transducers/cap_transducer.h"
 
 // A spherical shell less a smaller one of the same curvature; with an inner radius of 0 its fields are the shell's to
-// the bit. They are documented at CapTransducer; single precision in continuous waves and the forms behind the source
-// answer 1.
+// the bit. They are documented at CapTransducer; single precision in continuous waves, the forms behind the source and
+// the nonlinear beams answer 1.
 class SphericalRingTransducer : public kesto::CapTransducer {
  public:
   SphericalRingTransducer() = default;
@@ -22,6 +22,8 @@ class SphericalRingTransducer : public kesto::CapTransducer {
   int rayleigh_cw_sse() override { return 1; }
   int fnm_transient_behind_source() override { return 1; }
   int fnm_tsd_behind_source() override { return 1; }
+  int kzk_cw() override { return 1; }
+  int kzk_transient() override { return 1; }
   int fnm_tsd_low_precision() override;  // KEPT: of the shell without the hole
 
   double inner_radius = 0;    // of the aperture, m
