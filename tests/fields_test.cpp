@@ -314,7 +314,7 @@ TEST_F(Fields, KeepGatesWarningsAndOffers) {
       EXPECT_EQ(without_nodes != Complex(1, 1), i == 0 || i == 6);
     }
   }
-  EXPECT_EQ(e.rectangle.fnm_transient() + e.shell.farfield_cw_lossless() + e.bowl.farfield_cw_lossless(), 3);
+  EXPECT_EQ(e.rectangle.rayleigh_transient() + e.shell.farfield_cw_lossless() + e.bowl.farfield_cw_lossless(), 3);
 
   const Report unset_speed = guarded([&] {
     double re = 0, im = 0, at[] = {0, 0, 5e-3};
