@@ -26,24 +26,24 @@ constexpr double rho = 1000, speed = 1500, a = 3e-3, b = 2e-3;
 
 // In front, above an edge and a corner, beside both, on an edge and a corner of the face itself, far away; in the
 // element's own coordinates.
-const std::vector<Point> places = {{0, 0, 8e-3},        {1e-3, -0.7e-3, 5e-3}, {a, 0.5e-3, 6e-3}, {a, -b, 6e-3},
+const std::vector<Point> places = {{0, 0, 8e-3},        {1e-3, -0.7e-3, 5e-3}, {a, 0.5e-3, 6e-3},  {a, -b, 6e-3},
                                    {5e-3, 1e-3, 4e-3},  {1e-3, -4e-3, 7e-3},   {5e-3, 4e-3, 3e-3}, {a, 0.6e-3, 0},
-                                   {0.5e-3, 0.4e-3, 0}, {4e-3, 3e-3, 0},       {0, 0, -1e-3},     {2e-3, 1e-3, 0.4}};
+                                   {0.5e-3, 0.4e-3, 0}, {4e-3, 3e-3, 0},       {0, 0, -1e-3},      {2e-3, 1e-3, 0.4}};
 constexpr std::size_t behind = 10, far = 11;
 
 struct Scene {
-  explicit Scene(double step = 2e-9, double tmin = -1e-6, double tmax = 12e-6, int n = 160) : time(step, tmin, tmax) {
+  explicit Scene(double step, double tmin, double tmax, int n, bool turned = true) : time(step, tmin, tmax) {
     medium._soundspeed = speed, medium._rho_density = rho, medium._f0 = 1e6;
     rule.allocate_memory(n);
     rule.gauss_quadrature();
-    element.set_euler(0.5, -0.3, 1.1), element.set_center(1e-3, 2e-3, -3e-3);
+    if (turned) element.set_euler(0.5, -0.3, 1.1);
     element.InitializeRotationMatrix();
     const auto& m = element.rotation_matrix;
     Field columns;
     for (int axis = 0; axis < 3; ++axis) {
-      const double center[] = {1e-3, 2e-3, -3e-3};
-      for (const Point& p : places) {
-        columns.push_back(m[0][axis] * p.x + m[1][axis] * p.y + m[2][axis] * p.z + center[axis]);
+      for (const Point& p : places) {  // turned, rounding is not to put a point of the face behind it
+        const double z = p.z + (turned ? 1e-9 : 0);
+        columns.push_back(m[0][axis] * p.x + m[1][axis] * p.y + m[2][axis] * z);
       }
     }
     grid.CoordinateGridVector(columns.data(), static_cast<int>(places.size()));
@@ -95,7 +95,7 @@ double potential(const Point& p) {
 }
 
 TEST(RectangleInTime, ImpulseResponseIntegratesAndConvolves) {
-  Scene s;
+  Scene s(2e-9, -1e-6, 12e-6, 160, false);
   s.element.set_time_delay(-0.3e-6);
   HanningPulse pulse(1, 1.3e6, 2e-6, 0, 2);
   s.element.excitation = &pulse;
@@ -115,14 +115,14 @@ TEST(RectangleInTime, ImpulseResponseIntegratesAndConvolves) {
       EXPECT_EQ(largest(field, p), 0);
     } else {
       EXPECT_NEAR(sum / (1.7 * potential(places[p])), 1, 2e-3) << p;
-      EXPECT_LT(worst, 5e-3 * largest(field, p)) << p;
+      EXPECT_LE(worst, 0.012 * largest(field, p)) << p;  // half a step by which a jump of h is misplaced
     }
   }
-  EXPECT_NE(largest(field, 0), 0);
+  EXPECT_GT(largest(field, 0), 1e6);
 }
 
 TEST(RectangleInTime, LongBurstIsTheContinuousWaveAndFarAwayTheWholeFaceSoundsAtOnce) {
-  Scene s(10e-9, 268e-6, 269e-6);
+  Scene s(10e-9, 268e-6, 269e-6, 160), later(50e-9, 260e-6, 290e-6, 160);
   ToneBurst burst(1, 1e6, 300e-6, 0, 1);
   s.element.excitation = &burst;
   const Field field = s([&] { return s.element.fnm_transient(); });
@@ -137,12 +137,12 @@ TEST(RectangleInTime, LongBurstIsTheContinuousWaveAndFarAwayTheWholeFaceSoundsAt
     }
   }
   HanningPulse pulse(1, 0.2e6, 20e-6, 0, 2);
-  s.element.excitation = &pulse;
+  later.element.excitation = &pulse;
   const double R = std::hypot(places[far].x, places[far].y, places[far].z);
-  const Field late = s([&] { return s.element.fnm_transient(); });
-  for (std::size_t k = 0; k < s.samples(); ++k) {
-    const double far_field = 1.7 * rho * 4 * a * b / (kesto::two_pi * R) * pulse.derivative(s.t(k) - R / speed);
-    ASSERT_NEAR(late[far + k * places.size()], far_field, 2e-4 * rho * 4 * a * b / R * 2e6);
+  const Field late = later([&] { return later.element.fnm_transient(); });
+  for (std::size_t k = 0; k < later.samples(); ++k) {
+    const double far_field = 1.7 * rho * 4 * a * b / (kesto::two_pi * R) * pulse.derivative(later.t(k) - R / speed);
+    ASSERT_NEAR(late[far + k * places.size()], far_field, 5e-3 * largest(late, far));
   }
 }
 
@@ -153,8 +153,11 @@ TEST(RectangleInTime, DecompositionEqualsTheDirectForm) {
   struct {
     ExcitationFunction& pulse;
     double low_precision, tmin, tmax;
-  } const cases[] = {{hanning, 1e-4, -1e-6, 12e-6}, {tone, 1, -1e-6, 12e-6}, {cubed, 1e-3, 3e-6, 5e-6},
-                     {hanning, 1e-4, 270e-6, 300e-6}, {hanning, 1, -9e-6, -1e-6}};
+  } const cases[] = {{hanning, 1e-4, -1e-6, 12e-6},
+                     {tone, 1, -1e-6, 12e-6},
+                     {cubed, 1e-3, 3e-6, 5e-6},
+                     {hanning, 1e-4, 270e-6, 300e-6},
+                     {hanning, 1, -9e-6, -1e-6}};
   for (const auto& c : cases) {
     Scene s(21e-9, c.tmin, c.tmax, 50);
     RectangularTransducer& e = s.element;
@@ -201,7 +204,7 @@ TEST(RectangleInTime, StagesRefuseWhatTheyHaveNoRoomFor) {
     refused("another size");
     s.rule.allocate_memory(20);
     s.rule.gauss_quadrature();
-    s.grid.SinglePoint(1e-3, 2e-3, 5e-3);
+    s.grid.SinglePoint(1e-3, 2e-3, 5e-3);  // another grid is no other size
     Field one(s.samples()), again(s.samples());
     e.set_transient_pressure_pointer(one.data());
     EXPECT_EQ(e.call_fnm_tsd() + e.free_fnm_tsd() + e.free_fnm_tsd(), 0);
