@@ -161,7 +161,11 @@ void add_row(const Row& row) {
                            (row.bins > 0 ? std::to_string(row.bins) : "") + "/" + std::to_string(row.abscissas) + "/" +
                            std::to_string(static_cast<int>(row.sampling / 1e6)) + "MHz/" +
                            layout_names[static_cast<int>(row.layout)] + "/" + name_of(row.target);
-  benchmark::RegisterBenchmark(name.c_str(), transient, row)->UseManualTime()->Iterations(row.bins > 0 ? 1 : 5);
+  benchmark::RegisterBenchmark(name.c_str(), transient, row)
+      ->UseManualTime()
+      ->Iterations(row.bins > 64  ? 1
+                   : row.bins > 0 ? 3
+                                  : 5);
 }
 
 }  // namespace

@@ -164,12 +164,17 @@ void Decomposition::superpose_interpolated(const RayBlock& block) {
     all = union_of(all, windows[p]);
   }
   traces_.clear(block.count, all);
+  // The signal's own bounds end the reference; as in the direct form the first arrival begins it, rounded outwards.
+  const auto reference_window = [&](int p) -> Span {
+    if (form_.reference == ReferenceStart::own) return windows[p];
+    const Arrivals& arrivals = block.arrivals[p];
+    return intersection_of(axis_.between(arrivals.first, arrivals.last, pulse_width()), windows[p]);
+  };
   for (int p = 0; p < block.count; ++p) {
     const double minus_sum = -block.weight_sum[p];
     interpolated_->add(&block.weight[p], &block.delay[p], RayBlock::capacity, static_cast<std::size_t>(block.rays),
                        windows[p], traces_.of(p));
-    interpolated_->add(&minus_sum, &block.reference[p], 1, 1, intersection_of(of_reference(block, p), windows[p]),
-                       traces_.of(p));
+    interpolated_->add(&minus_sum, &block.reference[p], 1, 1, reference_window(p), traces_.of(p));
     for (int k = windows[p].first; k < windows[p].last; ++k) traces_.of(p)[k] = weighted(traces_.of(p)[k]);
   }
   traces_.superpose(element_, block.index, block.count, all, 1);
