@@ -82,19 +82,7 @@ void expect_near(const Field& found, const Field& expected, double tolerance, co
   }
 }
 
-// On the face the points lie in the singularity of 1/R, which midpoints of a fine net leave out.
-double potential(const Point& p) {
-  constexpr int n = 1200;
-  double sum = 0;
-  for (int i = 0; i < n; ++i) {
-    for (int j = 0; j < n; ++j) {
-      sum += 1 / std::hypot(a * ((2 * i + 1.0) / n - 1) - p.x, b * ((2 * j + 1.0) / n - 1) - p.y, p.z);
-    }
-  }
-  return sum * (2 * a / n) * (2 * b / n) / kesto::two_pi;
-}
-
-TEST(RectangleInTime, ImpulseResponseIntegratesAndConvolves) {
+TEST(RectangleInTime, IsTheConvolutionOfTheImpulseResponse) {
   Scene s(2e-9, -1e-6, 12e-6, 160, false);
   s.element.set_time_delay(-0.3e-6);
   HanningPulse pulse(1, 1.3e6, 2e-6, 0, 2);
@@ -103,21 +91,15 @@ TEST(RectangleInTime, ImpulseResponseIntegratesAndConvolves) {
   Field slope;
   for (double t = 0; t < 2e-6; t += 2e-9) slope.push_back(rho * 2e-9 * pulse.derivative(t));
   for (std::size_t p = 0; p < far; ++p) {
-    double sum = 0, worst = 0;
+    double worst = 0;
     for (std::size_t k = 0; k < s.samples(); ++k) {
-      sum += h[p + k * places.size()] * 2e-9;
       double convolved = 0;
       for (std::size_t i = 0; i < slope.size() && i <= k; ++i) convolved += slope[i] * h[p + (k - i) * places.size()];
       worst = std::max(worst, std::fabs(convolved - field[p + k * places.size()]));
     }
-    if (p == behind) {
-      EXPECT_EQ(sum, 0);
-      EXPECT_EQ(largest(field, p), 0);
-    } else {
-      EXPECT_NEAR(sum / (1.7 * potential(places[p])), 1, 2e-3) << p;
-      EXPECT_LE(worst, 0.012 * largest(field, p)) << p;  // half a step by which a jump of h is misplaced
-    }
+    EXPECT_LE(worst, 0.012 * largest(field, p)) << p;  // half a step by which a jump of h is misplaced
   }
+  EXPECT_EQ(largest(h, behind) + largest(field, behind), 0);
   EXPECT_GT(largest(field, 0), 1e6);
 }
 

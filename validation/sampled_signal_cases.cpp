@@ -1,12 +1,12 @@
 // Sampled signals: fields of pulses that were sampled against those of the pulses, and what clipping costs.
 #include <algorithm>
 #include <cmath>
-#include <random>
 #include <string>
 #include <vector>
 
 #include "excitation/hanning_pulse.h"
 #include "excitation/sampled_signal.h"
+#include "excitation/t_cubed_pulse.h"
 #include "excitation/tone_burst.h"
 #include "validation/arrivals.h"
 #include "validation/cases.h"
@@ -51,25 +51,21 @@ void compare_pulses(Report& report, Table& table, const Geometry& geometry) {
   }
 }
 
-// Noise in every bin, so that every threshold drops some.
+// A ringing pulse, as transducers measure: its bins fall off slowly, so that every threshold drops some.
 void compare_clipping(Report& report, const Geometry& geometry) {
   constexpr int n = 257;
-  std::vector<double> samples = samples_of(hanning, n);
-  std::mt19937 random(3);
-  for (int i = 1; i < n - 1; ++i) {
-    const double level = std::pow(10.0, -1.5 - 5.0 * std::uniform_real_distribution<>()(random));
-    samples[static_cast<std::size_t>(i)] += level * std::sin(0.02 * i * i);
-  }
-  const SampledSignal whole(samples.data(), n, hanning.pulse_width, 0);
+  const TCubedPulse ringing(1e18, 1e6, 6e-6, 2e6, 3);
+  const std::vector<double> samples = samples_of(ringing, n);
+  const SampledSignal whole(samples.data(), n, ringing.pulse_width, 0);
   const Traces reference = traces(geometry, &Transducer::fnm_transient, whole);
   Table table(report.path("clipping.csv"), "clip_threshold,kept_bins,signal_error,field_error");
   double previous = 0, decomposed = 0, last = 0;
   bool falls = true;
   for (double threshold = 1e-6; threshold < 0.5; threshold *= std::sqrt(10.0)) {
-    const SampledSignal clipped(samples.data(), n, hanning.pulse_width, threshold);
+    const SampledSignal clipped(samples.data(), n, ringing.pulse_width, threshold);
     double largest_sample = 0, signal_error = 0;
     for (int i = 0; i < n; ++i) {
-      const double t = hanning.pulse_width * i / (n - 1), sample = samples[static_cast<std::size_t>(i)];
+      const double t = ringing.pulse_width * i / (n - 1), sample = samples[static_cast<std::size_t>(i)];
       largest_sample = std::max(largest_sample, std::abs(sample));
       signal_error = std::max(signal_error, std::abs(clipped.at(t) - sample));
     }

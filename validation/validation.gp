@@ -155,7 +155,7 @@ do for [j = 1:4] {
   peak[j] = STATS_max
   set ytics add (where_seen(j) line_of(j))
 }
-set title 'fnm\_transient (lines), convolution with the impulse response (points)'
+set title 'fnm\_transient (lines), h convolved (points)'
 set ylabel ''
 set xrange [-2:22]
 set yrange [-1.4:8]
@@ -163,7 +163,7 @@ plot for [j = 1:4] 'traces.csv' using (seen_trace(j, $4)):($5 / peak[j] + line_o
        linecolor rgb colour(3), \
      for [j = 1:4] 'traces.csv' using (seen_trace(j, $4)):($6 / peak[j] + line_of(j)) every 2 with points \
        pointtype 6 pointsize 0.35 linecolor 'black'
-set title 'Sampled Hanning pulse with noise, 257 samples: numbers are kept bins'
+set title 'A sampled ringing pulse; numbers: kept bins'
 set xlabel 'clip\_threshold'
 set ylabel 'largest error / largest value'
 set logscale xy
@@ -171,7 +171,7 @@ set format '10^{%T}'
 set ytics autofreq
 set xrange [5e-7:1]
 set yrange [1e-9:10]
-set key top left
+set key top left Left reverse
 plot 'clipping.csv' using 1:3 with linespoints pointtype 7 pointsize 0.6 linewidth 1.5 linecolor rgb colour(1) \
        title 'the signal', \
      '' using 1:4 with linespoints pointtype 7 pointsize 0.6 linewidth 1.5 linecolor rgb colour(3) \
