@@ -23,11 +23,11 @@ namespace kesto::example {
 namespace {
 
 constexpr int elements = 64;
-constexpr double pitch = 0.3e-3, width = 0.27e-3, height = 8e-3;          // of the elements along x, m
-constexpr double focus_x = 8e-3, focus_z = 30e-3;                         // m
-constexpr double velocity = 0.04, frequency = 2.5e6, pulse_width = 2e-6;  // of the faces, m/s; Hz; s
-constexpr double soundspeed = 1500, density = 1000;                       // water
-constexpr double half_extent = 18e-3, depth = 40e-3;                      // of the plane, m
+constexpr double pitch = 0.3e-3, width = 0.27e-3, height = 8e-3;           // of the elements along x, m
+constexpr double focus_x = 8e-3, focus_z = 30e-3;                          // m
+constexpr double velocity = 0.04, frequency = 1.25e6, pulse_width = 4e-6;  // of the faces, m/s; Hz; s
+constexpr double soundspeed = 1500, density = 1000;                        // water
+constexpr double half_extent = 18e-3, depth = 40e-3;                       // of the plane, m
 constexpr int abscissas = 16, recorded = 201;
 constexpr double clip_threshold = 1e-3, sampling = 20e6;  // 1 / s
 
@@ -150,7 +150,7 @@ void look_at_plane(const std::string& directory, double spacing, SampledSignal& 
   std::ofstream file = text_file(directory + "/array_pulse_plane.dat", "# z (mm), x (mm), p (kPa); a block a time");
   std::ofstream fronts = text_file(directory + "/array_pulse_front.dat", "# z (mm), x (mm); a block a time");
   int block = 0;
-  for (const double t : {meeting - 10e-6, meeting - 1e-6 + pulse_width / 2, meeting + 6e-6}) {
+  for (const double t : {meeting - 9e-6, meeting + 1.2e-6, meeting + 6e-6}) {
     const int k = static_cast<int>(t * sampling);
     const double now = time.time_index_value(k);
     const double* const frame = &p[static_cast<std::size_t>(k) * static_cast<std::size_t>(grid.npoints)];
@@ -206,7 +206,7 @@ int run(int argc, char** argv) {
     }
   }
   std::filesystem::create_directories(options.output);
-  std::printf("64 rectangles of 0.27 x 8 mm in water fire a sampled pulse of 2.5 MHz at x = 8, z = 30 mm\n");
+  std::printf("64 rectangles of 0.27 x 8 mm in water fire a sampled pulse of 1.25 MHz at x = 8, z = 30 mm\n");
   const std::string path = options.output + "/array_pulse_waveform.txt";
   write_waveform(path);
   const Waveform waveform = read_waveform(path);

@@ -4,7 +4,7 @@ data = 'array_pulse_plane.dat'
 stats data using 3 nooutput
 largest = STATS_max > -STATS_min ? STATS_max : -STATS_min
 time_of(frame) = real(system(sprintf("grep '^\"' %s | sed -n %dp | tr -d '\"'", data, frame + 1)))
-eval sprintf("set terminal %s size 1250, 640 font 'sans,12' enhanced", \
+eval sprintf("set terminal %s size 1400, 560 font 'sans,12' enhanced", \
   strstrt(GPVAL_TERMINALS, 'pngcairo') ? 'pngcairo' : 'png')
 set output 'array_pulse.png'
 
@@ -18,7 +18,7 @@ eval 'set cbtics ('.ticks.')'
 set palette defined (-1 '#053061', -0.6 '#4393c3', 0 '#f7f7f7', 0.6 '#d6604d', 1 '#67001f')
 set cbrange [-1:1]
 set view map
-set pm3d interpolate 2, 2
+set pm3d interpolate 3, 3
 set size ratio -1
 set tics out nomirror
 set lmargin 0
@@ -29,16 +29,16 @@ set xrange [-18:18]
 set yrange [0:40]
 set xtics 6
 set ytics 10
-set xlabel 'x (mm)'
+set xlabel 'x (mm)' offset 0, 0.5
 $focus << END
 30 8
 END
-set multiplot title "64 elements (bar) fire a sampled pulse at a focus (cross); line: the geometric wavefront of its beginning\nPressure in the plane y = 0"
+set multiplot title "64 elements (bar) fire a sampled pulse at a focus (cross); line: the geometric wavefront of its beginning"
 set object 1 rectangle from -9.6, 0 to 9.6, 0.7 front fillcolor 'black' fillstyle solid noborder
 do for [frame = 0:2] {
-  set origin 0.05 + 0.29 * frame, 0.1
-  set size 0.27, 0.75
-  set title sprintf('%.2f µs', time_of(frame)) offset 0, -0.5
+  set origin 0.045 + 0.29 * frame, 0.08
+  set size 0.275, 0.79
+  set title sprintf('pressure in y = 0 after %.1f µs', time_of(frame)) offset 0, -0.5
   set ylabel frame == 0 ? 'z (mm)' : ''
   if (frame == 2) {
     set colorbox user origin 0.915, 0.12 size 0.018, 0.7

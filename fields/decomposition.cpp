@@ -164,11 +164,11 @@ void Decomposition::superpose_interpolated(const RayBlock& block) {
     all = union_of(all, windows[p]);
   }
   traces_.clear(block.count, all);
-  // The signal's own bounds end the reference; as in the direct form the first arrival begins it, rounded outwards.
+  // The signal's own bounds end the reference, and begin it unless it is cut.
   const auto reference_window = [&](int p) -> Span {
-    if (form_.reference == ReferenceStart::own) return windows[p];
-    const Arrivals& arrivals = block.arrivals[p];
-    return intersection_of(axis_.between(arrivals.first, arrivals.last, pulse_width()), windows[p]);
+    const double first = block.arrivals[p].first;
+    if (form_.reference == ReferenceStart::own || !(first > block.reference[p])) return windows[p];
+    return {std::max(axis_.first_within(first), windows[p].first), windows[p].last};
   };
   for (int p = 0; p < block.count; ++p) {
     const double minus_sum = -block.weight_sum[p];

@@ -95,9 +95,8 @@ class RaysByCell {
     double moments[most_powers];
   };
 
-  RaysByCell() { clear(); }
-
   void add(int first, int last, int part, double weight, double place, int powers) {
+    if (count_ == 0) std::fill_n(slot_, slots, -1);
     const auto hash =
         static_cast<unsigned>(first) * 37u + static_cast<unsigned>(part) * 11u + static_cast<unsigned>(last);
     unsigned slot = hash % slots;
@@ -107,16 +106,19 @@ class RaysByCell {
         return add_moments(cell, weight, place, powers);
     }
     slot_[slot] = count_;
-    Cell& cell = cells_[count_++];
-    cell.first = first, cell.last = last, cell.part = part;
-    for (double& moment : cell.moments) moment = 0;
+    cells_[count_++] = of_one(first, last, part, weight, place, powers);
+  }
+
+  static Cell of_one(int first, int last, int part, double weight, double place, int powers) {
+    Cell cell = {first, last, part, {}};
     add_moments(cell, weight, place, powers);
+    return cell;
   }
 
   template <class Visit>
   void flush(Visit visit) {
     for (int i = 0; i < count_; ++i) visit(cells_[i]);
-    clear();
+    count_ = 0;
   }
   bool full() const { return count_ == capacity; }
 
@@ -126,12 +128,7 @@ class RaysByCell {
   static void add_moments(Cell& cell, double weight, double place, int powers) {
     for (int p = 0; p < powers; ++p, weight *= place) cell.moments[p] += weight;
   }
-  void clear() {
-    count_ = 0;
-    std::fill_n(slot_, slots, -1);
-  }
-
-  int count_;
+  int count_ = 0;
   int slot_[slots];
   Cell cells_[capacity];
 };
@@ -202,6 +199,7 @@ double InterpolatedSignal::value_at(double t) const {
 
 void InterpolatedSignal::add(const double* weight, const double* delay, std::size_t stride, std::size_t n, Span window,
                              double* trace) const {
+  if (n == 0) return;
   if (!tables_.in_step) {
     for (std::size_t j = 0; j < n; ++j) {
       for (int k = window.first; k < window.last; ++k) {
@@ -215,6 +213,13 @@ void InterpolatedSignal::add(const double* weight, const double* delay, std::siz
     const int from = std::max(cell.first, window.first), to = std::min(cell.last, window.last);
     if (from < to) add_in_step_(tables_, cell.moments, from - cell.first, cell.part, trace + from, to - from);
   };
+  // Looking for others in the same cell pays where there are more rays than cells that they arrive in.
+  double earliest = delay[0], latest = delay[0];
+  for (std::size_t j = 1; j < n; ++j) {
+    earliest = std::min(earliest, delay[stride * j]);
+    latest = std::max(latest, delay[stride * j]);
+  }
+  const bool share = static_cast<double>(n) > 2 * ((latest - earliest) * tables_.per_step * tables_.parts + 1);
   for (std::size_t j = 0; j < n; ++j) {
     const double d = delay[stride * j];
     // The samples from the pulse's arrival to its end: which of those beside its bounds are within, their times decide.
@@ -234,8 +239,13 @@ void InterpolatedSignal::add(const double* weight, const double* delay, std::siz
     }
     const double offset = (first - arrival) * tables_.parts;
     const int part = clamped_index(offset, tables_.parts - 1);
+    const double place = 2 * (offset - part) - 1;
+    if (!share) {
+      add_cell(RaysByCell::of_one(first, last, part, weight[stride * j], place, tables_.powers));
+      continue;
+    }
     if (rays.full()) rays.flush(add_cell);
-    rays.add(first, last, part, weight[stride * j], 2 * (offset - part) - 1, tables_.powers);
+    rays.add(first, last, part, weight[stride * j], place, tables_.powers);
   }
   rays.flush(add_cell);
 }

@@ -108,9 +108,9 @@ TEST(SampledSignal, FieldsAreThoseOfTheSeriesAtEveryWidthAndStep) {
   Medium medium;
   medium._soundspeed = 1500, medium._rho_density = 1000;
   NumericalIntegration rule;
-  rule.allocate_memory(7);
+  rule.allocate_memory(32);
   CoordinateGrid grid;
-  grid.RegularCoordinateGrid(0, 6e-3, 0, 2e-3, 1e-3, 9e-3, 3e-3, 1e-3, 2.7e-3);
+  grid.RegularCoordinateGrid(0, 5e-3, 0, 0, 1e-3, 9e-3, 1e-3, 1e-3, 6e-3);
   RectangularTransducer rectangle(6e-3, 4e-3, 1.3, 0);
   CircularTransducer disc(3e-3, 1.3, 0);
   SphericalTransducer shell(3e-3, 8e-3, 1.3, 0);
