@@ -177,7 +177,7 @@ TEST(Fields, OfARectangleInItsSpecialCases) {
   EXPECT_EQ(run(lossy, r, [&](Transducer&) { return r.farfield_cw_lossless(); }).values,
             run(lossless, r, &Transducer::farfield_cw).values);
   EXPECT_EQ(SphericalTransducer().farfield_cw_lossless() + SphericalRingTransducer().farfield_cw_lossless() +
-                r.fnm_transient(),
+                r.rayleigh_transient(),
             3);
 
   // With the rule of a disc's making, on [0, pi]: nodes beyond the edges, out of the range of the vector functions.

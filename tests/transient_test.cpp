@@ -190,7 +190,7 @@ TEST(Decompositions, OfLongTimeVectorsAreThePlainSums) {
     Scene s = c.scene;
     // A pulse lies astride every end of a block of samples.
     const int samples = static_cast<int>((s.tmax - s.tmin) / s.deltat);
-    const int block = kesto::samples_of_time_block(samples, s.pulse->number_of_tsd_terms());
+    const int block = kesto::samples_of_time_block(samples, *s.pulse);
     for (int end = std::min(block, samples / 8); end < samples; end += block) {
       s.points.emplace_back(2e-3, 0, speed * (s.tmin + end * s.deltat - 0.6e-6));
     }

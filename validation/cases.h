@@ -15,5 +15,6 @@ void abscissa_cases(Report& report);          // how many abscissas height and f
 void impulse_response_cases(Report& report);  // pulses as convolutions with the impulse response
 void transient_cases(Report& report);         // pulses and bursts in closed form, by cells, decomposed
 void kzk_cases(Report& report);               // nonlinear beams
+void sampled_signal_cases(Report& report);    // sampled pulses and their clipping
 
 }  // namespace kesto::validation
