@@ -59,78 +59,28 @@ struct FillCells {
   }
 };
 
-// Rays that share a cell, through `samples` samples, which lie in rows from `first_row` on: moments[p] is the sum of
-// their weight place^p. Vectors overhang the last sample.
+// One ray through `samples` samples, which lie in rows from `first_row` on. Vectors overhang the last one.
 struct AddInStep {
-  using Signature = void(const InterpolationTables& tables, const double* moments, int first_row, int part,
+  using Signature = void(const InterpolationTables& tables, double weight, int first_row, int part, double place,
                          double* trace, int samples);
 
   template <class T>
-  KESTO_INLINE static void run(const InterpolationTables& t, const double* moments, int first_row, int part,
+  KESTO_INLINE static void run(const InterpolationTables& t, double weight, int first_row, int part, double place,
                                double* trace, int samples) {
     const Double<T> lane = __builtin_convertvector(Lanes<T::width>::index, Double<T>);
     const std::size_t stride = t.stride;
     const int powers = t.powers;
     const double* const cells =
         t.coefficients + stride * static_cast<std::size_t>(part) * static_cast<std::size_t>(powers) + first_row;
+    const Double<T> y = broadcast<T>(place);
     for (int k = 0; k < samples; k += T::width) {
-      Double<T> v = {};
-      const double* at = cells + k;
-      for (int p = 0; p < powers; ++p, at += stride) {
-        v = multiply_add<T>(broadcast<T>(moments[p]), load<T::width>(at), v);
-      }
+      const double* at = cells + k + stride * static_cast<std::size_t>(powers - 1);
+      Double<T> v = load<T::width>(at);
+      for (int p = powers - 2; p >= 0; --p) v = multiply_add<T>(v, y, load<T::width>(at -= stride));
       if (k + T::width > samples) v = where_top_bit<T>(bits_of<T>(lane + static_cast<double>(k - samples)), v);
-      store<T::width>(trace + k, load<T::width>(trace + k) + v);
+      store<T::width>(trace + k, multiply_add<T>(broadcast<T>(weight), v, load<T::width>(trace + k)));
     }
   }
-};
-
-// The moments of rays by the cell and the samples that they share, up to `capacity` rays at a time.
-class RaysByCell {
- public:
-  static constexpr int capacity = 256;
-
-  struct Cell {
-    int first, last, part;  // samples from `first` on, which is in row 0, to before `last`
-    double moments[most_powers];
-  };
-
-  void add(int first, int last, int part, double weight, double place, int powers) {
-    if (count_ == 0) std::fill_n(slot_, slots, -1);
-    const auto hash =
-        static_cast<unsigned>(first) * 37u + static_cast<unsigned>(part) * 11u + static_cast<unsigned>(last);
-    unsigned slot = hash % slots;
-    for (; slot_[slot] >= 0; slot = (slot + 1) % slots) {
-      Cell& cell = cells_[slot_[slot]];
-      if (cell.first == first && cell.last == last && cell.part == part)
-        return add_moments(cell, weight, place, powers);
-    }
-    slot_[slot] = count_;
-    cells_[count_++] = of_one(first, last, part, weight, place, powers);
-  }
-
-  static Cell of_one(int first, int last, int part, double weight, double place, int powers) {
-    Cell cell = {first, last, part, {}};
-    add_moments(cell, weight, place, powers);
-    return cell;
-  }
-
-  template <class Visit>
-  void flush(Visit visit) {
-    for (int i = 0; i < count_; ++i) visit(cells_[i]);
-    count_ = 0;
-  }
-  bool full() const { return count_ == capacity; }
-
- private:
-  static constexpr unsigned slots = 4 * capacity;
-
-  static void add_moments(Cell& cell, double weight, double place, int powers) {
-    for (int p = 0; p < powers; ++p, weight *= place) cell.moments[p] += weight;
-  }
-  int count_ = 0;
-  int slot_[slots];
-  Cell cells_[capacity];
 };
 
 // Whether sample k lies where start and step say, but for rounding.
@@ -199,37 +149,23 @@ double InterpolatedSignal::value_at(double t) const {
 
 void InterpolatedSignal::add(const double* weight, const double* delay, std::size_t stride, std::size_t n, Span window,
                              double* trace) const {
-  if (n == 0) return;
-  if (!tables_.in_step) {
-    for (std::size_t j = 0; j < n; ++j) {
-      for (int k = window.first; k < window.last; ++k) {
-        trace[k] += weight[stride * j] * value_at(time_along(delay[stride * j], k));
-      }
-    }
-    return;
-  }
-  RaysByCell rays;
-  const auto add_cell = [&](const RaysByCell::Cell& cell) {
-    const int from = std::max(cell.first, window.first), to = std::min(cell.last, window.last);
-    if (from < to) add_in_step_(tables_, cell.moments, from - cell.first, cell.part, trace + from, to - from);
-  };
-  // Looking for others in the same cell pays where there are more rays than cells that they arrive in.
-  double earliest = delay[0], latest = delay[0];
-  for (std::size_t j = 1; j < n; ++j) {
-    earliest = std::min(earliest, delay[stride * j]);
-    latest = std::max(latest, delay[stride * j]);
-  }
-  const bool share = static_cast<double>(n) > 2 * ((latest - earliest) * tables_.per_step * tables_.parts + 1);
   for (std::size_t j = 0; j < n; ++j) {
-    const double d = delay[stride * j];
+    const double w = weight[stride * j], d = delay[stride * j];
+    if (!tables_.in_step) {
+      for (int k = window.first; k < window.last; ++k) trace[k] += w * value_at(time_along(d, k));
+      continue;
+    }
     // The samples from the pulse's arrival to its end: which of those beside its bounds are within, their times decide.
     const double arrival = (d - origin_) * tables_.per_step, end = arrival + width_ * tables_.per_step;
     if (!(arrival < samples_ && end > -1)) continue;
-    int first = static_cast<int>(std::ceil(arrival));
-    if (first > 0 && time_along(d, first - 1) >= 0) {
-      --first;
-    } else if (first >= 0 && first < samples_ && time_along(d, first) < 0) {
-      ++first;
+    double first = std::ceil(arrival);
+    if (first >= 0) {
+      const int k = static_cast<int>(first);
+      if (k > 0 && time_along(d, k - 1) >= 0) {
+        first -= 1;
+      } else if (k < samples_ && time_along(d, k) < 0) {
+        first += 1;
+      }
     }
     int last = clamped_index(std::floor(end) + 1, samples_);
     if (last > 0 && time_along(d, last - 1) > width_) {
@@ -239,15 +175,10 @@ void InterpolatedSignal::add(const double* weight, const double* delay, std::siz
     }
     const double offset = (first - arrival) * tables_.parts;
     const int part = clamped_index(offset, tables_.parts - 1);
-    const double place = 2 * (offset - part) - 1;
-    if (!share) {
-      add_cell(RaysByCell::of_one(first, last, part, weight[stride * j], place, tables_.powers));
-      continue;
-    }
-    if (rays.full()) rays.flush(add_cell);
-    rays.add(first, last, part, weight[stride * j], place, tables_.powers);
+    const int from = std::max(clamped_index(first, samples_), window.first), to = std::min(last, window.last);
+    if (from >= to) continue;
+    add_in_step_(tables_, w, static_cast<int>(from - first), part, 2 * (offset - part) - 1, trace + from, to - from);
   }
-  rays.flush(add_cell);
 }
 
 }  // namespace kesto

@@ -23,9 +23,8 @@ struct InterpolationTables {
 //
 // The pulse is cut into cells short enough for a Taylor polynomial about each middle. Where the samples of the time
 // axis have one step, so have the rows of cells, each in as many parts as the highest frequency asks for: along a ray
-// every sample then lies at the same place within its cell. Rays that begin in the same cell are summed as moments of
-// that place, and one pass over the samples runs through contiguous coefficients, in lanes. Other times look for their
-// cells one by one.
+// every sample then lies at the same place within its cell, and the sum over samples runs through contiguous
+// coefficients, in lanes. Other times look for their cells one by one.
 class InterpolatedSignal {
  public:
   // Whether the signal's phases are within those of the vector functions.
@@ -51,7 +50,7 @@ class InterpolatedSignal {
   double origin_;  // sample 0 less the element's delay, s
   InterpolationTables tables_;
   ScratchArray<double> coefficients_;
-  void (*add_in_step_)(const InterpolationTables&, const double* moments, int first_row, int part, double* trace,
+  void (*add_in_step_)(const InterpolationTables&, double weight, int first_row, int part, double place, double* trace,
                        int samples);
 };
 
