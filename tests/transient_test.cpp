@@ -107,7 +107,7 @@ TEST_P(Transients, AreThePlainSumsAtEveryWidth) {
                               scene_of(hanning, 5e-6, 9e-6, 1.0 / 64e6, -0.2e-6, 50),
                               scene_of(cubed, 0, 25e-6, 1.0 / 16e6),
                               scene_of(growing, 0, 10e-6, 1.0 / 16e6, 0, 50),
-                              scene_of(half_sine, 0, 25e-6, 1.0 / 16e6, 0.1e-6),
+                              scene_of(half_sine, 2e-6, 25e-6, 1.0 / 16e6, 0.1e-6),
                               scene_of(tone, 0, 25e-6, 1.0 / 16e6, 0, 50),
                               scene_of(tone, 0, 25e-6, 1.0 / 16e6),
                               scene_of(hanning, 0, 0, 0)};
@@ -213,16 +213,23 @@ TEST(Decompositions, OfLongTimeVectorsAreThePlainSums) {
   EXPECT_LT(got.report.peak_bytes, 100u << 20);
 }
 
-// Phases of 6e9, beyond the vector functions; samples rounded to floats where that is promised; a rim in floats.
+// Beyond the vector functions: phases of 6e9, and factors e^{B tau} that overflow, which leaves NaN; samples rounded to
+// floats where that is promised; a rim in floats.
 TEST(Decompositions, BeyondVectorsAndInFloats) {
   const Element e = usual_element(disc);
-  const double far = 1e9, arrival = std::hypot(far, far) / speed;
-  Scene s = scene_of(tone, arrival - 20e-6, arrival + 20e-6, 1e-7);
-  s.points = {{far, 0, far}};
-  const Trace expected = plain::Transient(s).at(e, transient_methods[1], s.points[0]);
-  const Trace got = run(s, *e.face, &Transducer::fnm_tsd).values;
-  EXPECT_GT(largest_of(expected), 0);
-  for (std::size_t k = 0; k < got.size(); ++k) EXPECT_NEAR(got[k], expected[k], 1e-2 * largest_of(expected)) << k;
+  for (const auto& [pulse, far] : {std::pair<ExcitationFunction*, double>(&tone, 1e9), {&cubed, 0.9}}) {
+    const double arrival = std::hypot(far, far) / speed;
+    Scene s = scene_of(*pulse, arrival - 20e-6, arrival + 20e-6, 1e-7);
+    s.points = {{far, 0, far}};
+    const Trace expected = plain::Transient(s).at(e, transient_methods[1], s.points[0]);
+    const Trace got = run(s, *e.face, &Transducer::fnm_tsd).values;
+    EXPECT_NE(expected, Trace(expected.size()));
+    for (std::size_t k = 0; k < got.size(); ++k) {
+      EXPECT_TRUE(std::isnan(expected[k]) ? std::isnan(got[k])
+                                          : std::fabs(got[k] - expected[k]) <= 1e-2 * largest_of(expected))
+          << "at " << far << " m, sample " << k << ": " << got[k] << " not " << expected[k];
+    }
+  }
 
   for (ExcitationFunction* const pulse :
        {static_cast<ExcitationFunction*>(&hanning), static_cast<ExcitationFunction*>(&half_sine)}) {
