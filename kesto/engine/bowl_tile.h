@@ -6,12 +6,13 @@
 // z counts from the centre of curvature, rho is the distance from it; the wave along the normal has gone |d -+ rho|,
 // minus on the apex's side. With psi counted from the far side of the rim where z >= 0, and versine = 1 - cos psi,
 //
-//   A = d rho - h|z| - ar cos psi = A0 + ar versine            A0 = (d rho - h|z|) - ar, as a quotient of squares
+//   A = d rho - h|z| - ar cos psi = A0 + ar versine            A0 = (d rho - h|z|) - ar
 //   B = d rho + h|z| + ar cos psi = B0 + ar (2 - versine)
 //   C = +-d a (a|z| - h r cos psi) / AB,  delta = -+2A / (R + |d -+ rho|)         upper signs for z >= 0
 //
-// so that nothing cancels, at the focus and near the shadow line neither. It is the Rayleigh integral everywhere, also
-// beside the bowl (where C integrates to 0) and behind it. The midpoint rule in psi.
+// with A0 = A1^2 / (hypot(A1, ar) + ar), A1 = |h rho - d|z|| = |a|z| - hr| (a|z| + hr) / (h rho + d|z|), and B0
+// likewise, so that nothing cancels, at the focus and near the shadow line neither. It is the Rayleigh integral
+// everywhere, also beside the bowl (where C integrates to 0) and behind it. The midpoint rule in psi.
 #pragma once
 
 #include "kesto/engine/graded.h"
@@ -45,8 +46,9 @@ struct BowlPoint {
     ar = a * r, hr = h * r;
     cross0 = a * z_abs - hr;
     near_sinh = __builtin_fabs(cross0) * (a * z_abs + hr) / (h * rho + d * z_abs);
-    near0 = near_sinh * near_sinh / (d * rho - h * z_abs + ar);
-    far0 = d * rho + h * z_abs - ar;
+    const double far_sinh = d * z_abs + h * rho;
+    near0 = near_sinh * (near_sinh / (__builtin_sqrt(near_sinh * near_sinh + ar * ar) + ar));
+    far0 = far_sinh * (far_sinh / (d * rho + h * z_abs + ar));
     const double above = z + h;
     nearest2 = (r - a) * (r - a) + above * above;
     far_2 = (r + a) * (r + a) + above * above;
