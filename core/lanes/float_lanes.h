@@ -45,9 +45,12 @@ KESTO_TARGET_AVX512 inline void assign_fma(FloatLanes<16>::Float& to, const Floa
   to = __builtin_ia32_vfmaddps512_mask(a, b, c, static_cast<unsigned short>(-1), current_rounding);
 #endif
 }
-// 1/v to 14 bits.
+// 1/v and 1/sqrt(v) to 14 bits.
 KESTO_TARGET_AVX512 inline void assign_estimate(FloatLanes<16>::Float& to, const FloatLanes<16>::Float& v) {
   to = __builtin_ia32_rcp14ps512_mask(v, v, static_cast<unsigned short>(-1));
+}
+KESTO_TARGET_AVX512 inline void assign_root_estimate(FloatLanes<16>::Float& to, const FloatLanes<16>::Float& v) {
+  to = __builtin_ia32_rsqrt14ps512_mask(v, v, static_cast<unsigned short>(-1));
 }
 #endif
 
@@ -61,13 +64,14 @@ struct InDouble {
   KESTO_INLINE static V of(double value) { return broadcast<T>(value); }
   KESTO_INLINE static V load(const double* from) { return kesto::load<width>(from); }
   KESTO_INLINE static void store(double* to, V v) { kesto::store<width>(to, v); }
+  KESTO_INLINE static void store_wide(double* to, V v) { store(to, v); }
   KESTO_INLINE static V multiply_add(V a, V b, V c) { return kesto::multiply_add<T>(a, b, c); }
   KESTO_INLINE static V sqrt(V v) { return kesto::sqrt<T>(v); }
   KESTO_INLINE static V reciprocal(V v) { return 1.0 / v; }
 
-  // Sine and cosine up to a common sign: for products of the two. |x| <= sincos_range.
-  KESTO_INLINE static void unsigned_sincos(V x, V& sine, V& cosine) {
-    ReducedAngle<T> angle = reduce_angle<T>(x);
+  // Sine and cosine of x/2 up to a common sign: for products of the two. |x| <= sincos_range.
+  KESTO_INLINE static void unsigned_sincos_of_half(V x, V& sine, V& cosine) {
+    ReducedAngle<T> angle = reduce_angle<T>(0.5 * x);
     angle.sign = Bits<T>{};
     const SinCos<T> both = kesto::sincos<T>(angle);
     sine = both.sin, cosine = both.cos;
@@ -122,28 +126,44 @@ struct InSingle {
       return 1.0f / v;
     }
   }
+  // To 1e-4, for v >= 0.
+  KESTO_INLINE static V rough_sqrt(V v) {
+    if constexpr (width == 16) {
+      const V at_least = max(v, of(1e-37f));
+      V y;
+      assign_root_estimate(y, at_least);
+      return at_least * y;
+    } else {
+      return sqrt(v);
+    }
+  }
+  KESTO_INLINE static void store_wide(double* to, V v) {
+    float values[width];
+    store(values, v);
+    for (int lane = 0; lane < width; ++lane) to[lane] = static_cast<double>(values[lane]);
+  }
   KESTO_INLINE static V min(V a, V b) { return a < b ? a : b; }
   KESTO_INLINE static V max(V a, V b) { return a > b ? a : b; }
 
-  // Absolute error 5e-8 and, near 0, a relative one of this size; |x| <= 1e5.
-  KESTO_INLINE static void unsigned_sincos(V x, V& sine, V& cosine) {
-    constexpr float one_by_pi = 0x1.45f306p-2f, magic = 0x1.8p23f;
-    const V minus_n = magic - multiply_add(x, of(one_by_pi), of(magic));
+  // Absolute error 5e-8 and, near 0, a relative one of this size; |x| <= 2e5.
+  KESTO_INLINE static void unsigned_sincos_of_half(V x, V& sine, V& cosine) {
+    constexpr float one_by_2_pi = 0x1.45f306p-3f, magic = 0x1.8p23f;
+    const V minus_n = magic - multiply_add(x, of(one_by_2_pi), of(magic));
     V r;
     if constexpr (T::has_fma) {
-      r = multiply_add(minus_n, of(-8.742278e-8f), multiply_add(minus_n, of(3.14159274f), x));
+      r = multiply_add(minus_n, of(-1.7484556e-7f), multiply_add(minus_n, of(6.28318548f), x));
     } else {  // the first part has 8 bits: its products are exact
-      r = multiply_add(minus_n, of(3.140625f), x);
-      r = multiply_add(minus_n, of(9.67502593994140625e-4f), r);
-      r = multiply_add(minus_n, of(1.509957990978376432e-7f), r);
+      r = multiply_add(minus_n, of(6.28125f), x);
+      r = multiply_add(minus_n, of(1.93500518798828125e-3f), r);
+      r = multiply_add(minus_n, of(3.019915981956752864e-7f), r);
     }
     const V r2 = r * r, r4 = r2 * r2;
-    const V s = multiply_add(r4, multiply_add(r2, of(2.6346972e-6f), of(-1.98227212e-4f)),
-                             multiply_add(r2, of(8.333242e-3f), of(-0.16666666f)));
-    const V c = multiply_add(r4, multiply_add(r2, of(-2.654557e-7f), of(2.4786067e-5f)),
-                             multiply_add(r2, of(-1.38888124e-3f), of(0.041666666f)));
-    sine = multiply_add(r * r2, s, r);
-    cosine = multiply_add(r4, c, multiply_add(r2, of(-0.5f), of(1.0f)));
+    const V s = multiply_add(r4, multiply_add(r2, of(5.14589299e-09f), of(-1.5486501e-06f)),
+                             multiply_add(r2, of(0.000260413812f), of(-0.0208333325f)));
+    const V c = multiply_add(r4, multiply_add(r2, of(-2.59234078e-10f), of(9.68205747e-08f)),
+                             multiply_add(r2, of(-2.17012694e-05f), of(0.00260416663f)));
+    sine = r * multiply_add(r2, s, of(0.5f));
+    cosine = multiply_add(r4, c, multiply_add(r2, of(-0.125f), of(1.0f)));
   }
   // e^x - 1, relative error 3e-7, |x| <= 80.
   KESTO_INLINE static V exp_minus_1(V x) {

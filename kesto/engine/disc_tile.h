@@ -22,32 +22,33 @@ struct DiscPoints {
 // With tau* = acosh(1 + y), y = ((r - a)^2 + z^2) / 2ar, where R vanishes, and Re R >= rho_t for t below it:
 // M = [1 + min(w g / (z + rho_t), 2w / |(r - a)^2 - 2ar (cosh t - 1)|)] / 2, w = |r^2 - a^2|, g the growth.
 template <class T>
-KESTO_INLINE void choose_for_disc(DiscPart disc, Loss loss, double accuracy, const DiscPoints& p, RimChoice& choice) {
+KESTO_INLINE void choose_for_disc(DiscPart disc, Loss loss, const Accuracy& accuracy, const DiscPoints& p,
+                                  RimChoice& choice) {
   using S = InSingle<T>;
   using V = typename S::V;
   const float a = static_cast<float>(disc.a), growth = static_cast<float>(loss.growth);
-  const float log_2_by_accuracy = static_cast<float>(std::log(2 / accuracy));
   TileArray<float> rs, beyonds, zs;
   rs.set(p.r), beyonds.set(p.beyond_rim), zs.set(p.z);
+  constexpr float rough = 2e-3f;  // for the rounding of what follows
   for (int i = 0; i < tile_size; i += S::width) {
     const V r = S::load(rs.at + i), beyond = S::load(beyonds.at + i), z = S::load(zs.at + i);
     const V ar2 = S::max(2 * a * r, S::of(1e-6f * a * a)), s2 = beyond * beyond, near2 = s2 + z * z;
-    const V farthest = S::sqrt((r + a) * (r + a) + z * z), nearest = S::sqrt(near2);
-    const V middle = 0.5f * (farthest + nearest), kappa = ar2 / (farthest + nearest);
-    const V y = near2 / ar2, limit = S::log(y + S::sqrt(y * (y + 2.0f)) + 1.0f);
-    const V t = strip_of<S>(log_2_by_accuracy, kappa, 0.9f * limit);
-    const V e = S::exp(t), inverse = 1.0f / e, sinh = 0.5f * (e - inverse), cosh = 0.5f * (e + inverse);
-    const V bulge = ar2 * (sinh * sinh / (cosh + 1.0f));  // 2ar (cosh t - 1)
-    const V rho_t = S::sqrt(S::max(near2 - bulge, S::of(0)));
+    const V farthest = S::rough_sqrt((r + a) * (r + a) + z * z), nearest = S::rough_sqrt(near2);
+    const V middle = 0.5f * (farthest + nearest), kappa = ar2 * S::reciprocal(farthest + nearest);
+    const V y = near2 * S::reciprocal(ar2), limit = S::log(y + S::rough_sqrt(y * (y + 2.0f)) + 1.0f);
+    const V t = strip_of<S>(accuracy.log_2_by_truncation, kappa, 0.9f * limit);
+    const V e = S::exp(t), inverse = S::reciprocal(e), sinh = 0.5f * (e - inverse), cosh = 0.5f * (e + inverse);
+    const V bulge = ar2 * (sinh * sinh * S::reciprocal(cosh + 1.0f));  // 2ar (cosh t - 1)
+    const V rho_t = S::rough_sqrt(S::max(near2 - bulge, S::of(0)));
     const V w = (beyond < 0.0f ? -beyond : beyond) * (r + a), pole = s2 - bulge;
-    const V by_distance = w * growth / S::max(z + rho_t, S::of(1e-30f));
-    const V by_pole = 2.0f * w / S::max(pole < 0.0f ? -pole : pole, S::of(1e-30f));
+    const V by_distance = w * growth * S::reciprocal(S::max(z + rho_t, S::of(1e-30f)));
+    const V by_pole = 2.0f * w * S::reciprocal(S::max(pole < 0.0f ? -pole : pole, S::of(1e-30f)));
     const V m = 0.5f * S::min(by_distance, by_pole) + 0.5f;
-    const MidpointNeed<S> need = {log_2_by_accuracy + S::log(m) + kappa * sinh, t};
+    const MidpointNeed<S> need = {accuracy.log_2_by_truncation + S::log(m) + kappa * sinh + rough, t};
     S::store(choice.nodes + i, need.nodes());
     S::store(choice.x + i, need.x);
     S::store(choice.t + i, t);
-    S::store(choice.phase + i, a * (r + a) / (middle + z));
+    S::store(choice.phase + i, a * (r + a) * S::reciprocal(middle + z));
   }
 }
 
@@ -67,18 +68,15 @@ KESTO_INLINE void sum_over_rim(DiscPart disc, Loss loss, RuleView<typename P::Sc
       const V versine = P::of(rule.node[j]), s2 = P::multiply_add(ar2, versine, s2_least);
       const V distances = P::sqrt(z2 + s2) + z, inverse = P::reciprocal(s2 * distances);
       const V numerator = P::multiply_add(-r, versine, beyond);
-      terms.add(numerator * (distances * inverse), static_cast<Scalar>(0.5) * s2 * (s2 * inverse));
+      terms.add(numerator * (distances * inverse), s2 * (s2 * inverse));
     }
-    const V re = terms.re() * scale, im = terms.im() * scale;
-    for (int lane = 0; lane < P::width; ++lane) {
-      sum.re[i + lane] = static_cast<double>(re[lane]);
-      sum.im[i + lane] = static_cast<double>(im[lane]);
-    }
+    P::store_wide(sum.re + i, terms.re() * scale);
+    P::store_wide(sum.im + i, terms.im() * scale);
   }
 }
 
 template <class T, bool lossy>
-KESTO_INLINE void sum_tile(DiscPart disc, Loss loss, double accuracy, RuleSet& rules, const LocalTile& local,
+KESTO_INLINE void sum_tile(DiscPart disc, Loss loss, const Accuracy& accuracy, RuleSet& rules, const LocalTile& local,
                            TileSum& sum) {
   DiscPoints p;
   for (int i = 0; i < tile_size; ++i) {
@@ -86,14 +84,12 @@ KESTO_INLINE void sum_tile(DiscPart disc, Loss loss, double accuracy, RuleSet& r
     p.beyond_rim[i] = p.r[i] - disc.a;
     p.z[i] = sum.distance[i] = __builtin_fabs(local.z[i]);
   }
-  const double truncation = share_of_truncation * accuracy;
   RimChoice choice;
-  choose_for_disc<T>(disc, loss, truncation, p, choice);
-  const float limit = static_cast<float>(std::min(largest_level - 1.0, 48 + 1.2 * disc.a));
+  choose_for_disc<T>(disc, loss, accuracy, p, choice);
   unsigned beyond;
-  const int level = Rules::level_of(choice.most_nodes(limit, beyond));
+  const int level = choice.level<T>(beyond);
   const float phase = largest_of_tile(choice.phase);
-  sum.error = truncation_error<T>(choice, level, truncation);
+  sum.error = truncation_error<T>(choice, level, accuracy);
   add_rounding<T>(sum, level, phase, 1, accuracy, [&](auto precision) KESTO_INLINE_LAMBDA {
     using P = decltype(precision);
     sum_over_rim<P, lossy>(disc, loss, rules.midpoint.of(level, typename P::Scalar{}), p, sum);

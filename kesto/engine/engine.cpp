@@ -34,18 +34,29 @@ void check(const Face& face, const FieldRequest& request, const FieldPoints& poi
 // Where a wave falls by more than this along the face, nothing is left of it, and the numbers end.
 constexpr double most_nepers = 300;
 
-Job job_of(const Face& face, const FieldElement* elements, std::size_t count, const FieldRequest& request) {
+void place(const FieldElement& element, const Job& job, const FieldMedium& medium, PlacedElement& to) {
+  to.centre_sum = 0;
+  for (int i = 0; i < 3; ++i) {
+    to.centre[i] = element.pose.centre[i];
+    to.centre_sum += job.k * std::fabs(to.centre[i]);
+    for (int j = 0; j < 3; ++j) to.axes[i][j] = job.k * element.pose.axes[i][j];
+  }
+  const std::complex<double> weight = medium.density * medium.sound_speed * element.velocity;
+  const std::complex<double> scaled = weight / std::complex<double>(1, -job.loss.per_phase);
+  to.re = scaled.real(), to.im = scaled.imag(), to.magnitude = std::abs(weight);
+  require(std::isfinite(to.magnitude) && std::isfinite(to.centre_sum),
+          "An element's velocity or place is not finite.\n");
+}
+
+Job job_of(const Face& face, const FieldRequest& request) {
   Job job;
   job.k = 2 * full_pi * request.frequency / request.medium.sound_speed;
   job.loss.per_phase = request.medium.attenuation / job.k;
   job.loss.growth = std::hypot(1.0, job.loss.per_phase);
-  job.impedance = request.medium.density * request.medium.sound_speed;
   job.kind = face.kind;
   job.silent_behind = request.behind == Behind::silent;
-  job.elements = elements;
-  job.element_count = count;
   const double outer = job.k * face.outer, inner = job.k * face.inner, d = job.k * face.curvature;
-  const auto rim_depth = [&](double a) { return std::sqrt((d - a) * (d + a)); };
+  const auto rim_depth = [&](double a) { return d > a ? std::sqrt((d - a) * (d + a)) : 0; };
   job.depth = d;
   job.rim_depth = rim_depth(outer);
   require(request.medium.attenuation * (2 * face.curvature + face.outer) < most_nepers,
@@ -58,8 +69,8 @@ Job job_of(const Face& face, const FieldElement* elements, std::size_t count, co
     job.parts[1] = {{inner, d, rim_depth(inner)}, -1};
     job.part_count = inner > 0 ? 2 : 1;
   }
-  // No field of a baffled face is larger than 2, or for bowls than the focal value: farther off is never asked for.
-  job.accuracy = std::min(request.accuracy, 1.0) / job.part_count;
+  // Coarser than the plane wave itself is not asked for.
+  job.accuracy = accuracy_of(std::min(request.accuracy, 1.0) / job.part_count);
   return job;
 }
 
@@ -68,7 +79,11 @@ Job job_of(const Face& face, const FieldElement* elements, std::size_t count, co
 FieldCost add_field(const Face& face, const FieldElement* elements, std::size_t element_count,
                     const FieldPoints& points, const FieldRequest& request, const FieldOutput& output) {
   check(face, request, points);
-  const Job job = job_of(face, elements, element_count, request);
+  Job job = job_of(face, request);
+  const ScratchArray<PlacedElement> placed(element_count);
+  for (std::size_t e = 0; e < element_count; ++e) place(elements[e], job, request.medium, placed[e]);
+  job.elements = placed.data();
+  job.element_count = element_count;
   const TileField field = tile_field_of(job, chosen_vector_target());
   const TileOrder order(points);
   RuleSet rules;
@@ -86,8 +101,8 @@ FieldCost add_field(const Face& face, const FieldElement* elements, std::size_t 
       for (int i = 0; i < tile.count; ++i) output.error[tile.index[i]] += result.error;
     }
     cost.error = std::max(cost.error, result.error);
-    cost.terms += result.terms * tile.count;
-    cost.terms_in_single_precision += result.terms_in_single_precision * tile.count;
+    cost.terms += result.terms;
+    cost.terms_in_single_precision += result.terms_in_single_precision;
     cost.points_on_graded_panels += result.graded_points;
   }
   return cost;

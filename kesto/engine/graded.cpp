@@ -55,7 +55,7 @@ Complex integral(Rules& gauss, Singularity nearest, double rate, double u0, doub
                  TileSum& sum) {
   Panels<Integrand> panels(gauss.of(panel_nodes, double{}), nearest, rate, integrand);
   const Complex total = panels.over(u0, u1);
-  sum.terms += panels.terms();
+  sum.graded_terms += panels.terms();
   return total;
 }
 
@@ -97,7 +97,7 @@ Complex graded_disc(double a, double r, double beyond_rim, double z, double loss
 }
 
 Complex graded_bowl(double a, double d, const BowlPoint& p, double loss, Rules& gauss, TileSum& sum) {
-  const double branch = acosh_1_plus(p.nearest2 / (2 * p.ar)), pole = acosh_1_plus(std::fmax(p.far0, 0) / p.ar);
+  const double branch = acosh_1_plus(p.nearest2 / (2 * p.ar)), pole = acosh_1_plus(p.far0 / p.ar);
   ++sum.graded_points;
   const auto term = [&](double versine, double rest) {
     const double from_near = p.side > 0 ? versine : rest;  // on the rim, from the point of it that is nearest

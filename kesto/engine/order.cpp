@@ -11,14 +11,24 @@ struct Range {
   double low, high;
 };
 
-// NaN left out.
+// In several chains, which would wait for one another.
 Range range_of(const double* values, std::size_t count) {
-  Range range = {values[0], values[0]};
-  for (std::size_t i = 1; i < count; ++i) {
-    range.low = std::min(range.low, values[i]);
-    range.high = std::max(range.high, values[i]);
+  constexpr std::size_t chains = 8;
+  double low[chains], high[chains];
+  for (std::size_t c = 0; c < chains; ++c) low[c] = high[c] = values[0];
+  std::size_t i = 0;
+  for (; i + chains <= count; i += chains) {
+    for (std::size_t c = 0; c < chains; ++c) {
+      const double v = values[i + c];
+      low[c] = v < low[c] ? v : low[c];
+      high[c] = v > high[c] ? v : high[c];
+    }
   }
-  return range;
+  for (; i < count; ++i) {
+    low[0] = std::min(low[0], values[i]);
+    high[0] = std::max(high[0], values[i]);
+  }
+  return {*std::min_element(low, low + chains), *std::max_element(high, high + chains)};
 }
 
 }  // namespace
@@ -84,16 +94,20 @@ void TileOrder::sort_list() {
   const std::size_t all = count[0] * count[1] * count[2];
   const ScratchArray<unsigned> start(all + 1), cell(n);
   for (std::size_t c = 0; c <= all; ++c) start[c] = 0;
+  const auto place = [&](int axis, std::size_t i) {
+    const double at = (points_.at[axis][i] - low[axis]) * scale[axis];
+    return at > 0 ? std::min(static_cast<unsigned>(static_cast<int>(at)), static_cast<unsigned>(count[axis] - 1)) : 0u;
+  };
+  const unsigned columns = static_cast<unsigned>(count[0]), rows = static_cast<unsigned>(count[1]);
   for (std::size_t i = 0; i < n; ++i) {
-    std::size_t at[3];
-    for (int axis = 0; axis < 3; ++axis) {
-      const double place = (points_.at[axis][i] - low[axis]) * scale[axis];
-      at[axis] = place > 0 ? std::min(static_cast<std::size_t>(static_cast<long long>(place)), count[axis] - 1) : 0;
+    unsigned row = 0, column = columns > 1 ? place(0, i) : 0;
+    if (rows > 1) row = place(1, i);
+    if (count[2] > 1) {
+      const unsigned layer = place(2, i);
+      row = layer * rows + (layer % 2 != 0 ? rows - 1 - row : row);
     }
-    if (at[2] % 2 != 0) at[1] = count[1] - 1 - at[1];
-    const std::size_t row = at[2] * count[1] + at[1];
-    if (row % 2 != 0) at[0] = count[0] - 1 - at[0];
-    cell[i] = static_cast<unsigned>(row * count[0] + at[0]);
+    if (row % 2 != 0) column = columns - 1 - column;
+    cell[i] = row * columns + column;
     ++start[cell[i] + 1];
   }
   for (std::size_t c = 0; c < all; ++c) start[c + 1] += start[c];
@@ -122,6 +136,10 @@ void TileOrder::fetch(std::size_t tile, Tile& to) const {
     }
   } else {
     const std::size_t end = std::min((tile + 1) * tile_size, points_.size());
+    constexpr std::size_t ahead = 3 * tile_size;  // what random access waits for otherwise
+    for (std::size_t i = tile * tile_size + ahead; i < std::min(end + ahead, points_.size()); ++i) {
+      for (const double* const values : points_.at) __builtin_prefetch(values + sorted_[i]);
+    }
     for (std::size_t i = tile * tile_size; i < end; ++i) {
       const std::size_t p = sorted_[i];
       push(p, points_.at[0][p], points_.at[1][p], points_.at[2][p]);

@@ -15,7 +15,7 @@ struct RectanglePart {
   double a, b;
 };
 
-// Every point by its own box, or on graded panels, for tiles across or next to an edge.
+// Every point on graded panels of its own, where a tile is next to an edge.
 void sum_edges_by_points(RectanglePart rectangle, Loss loss, RuleSet& rules, const LocalTile& local, TileSum& sum);
 
 constexpr int edges = 4, edge_parts = 3 * edges;  // whole ones, then two parts of each
@@ -35,6 +35,10 @@ struct PartChoice {
   alignas(64) float nodes[16], x[16], t[16], size[16], target[16];
 };
 
+// Of the truncation error: a quarter for every edge.
+alignas(64) constexpr float share_of_part[16] = {0.25f,  0.25f,  0.25f,  0.25f,  0.125f, 0.125f, 0.125f, 0.125f,
+                                                 0.125f, 0.125f, 0.125f, 0.125f, 1,      1,      1,      1};
+
 // The bounds of Gauss rules, divided by this, held for a million random cases.
 constexpr float gauss_bound_is_loose_by = 8;
 
@@ -43,53 +47,55 @@ constexpr float gauss_bound_is_loose_by = 8;
 // extremes of a tile take the place of a point's values: the ellipse about a part clears less the nearer its middle, D
 // and z are.
 template <class T>
-KESTO_INLINE void choose_for_parts(Loss loss, const PartBoxes& boxes, double accuracy, PartChoice& choice) {
+KESTO_INLINE void choose_for_parts(Loss loss, const PartBoxes& boxes, const Accuracy& accuracy, PartChoice& choice) {
   using S = InSingle<T>;
   using V = typename S::V;
   const float growth = static_cast<float>(loss.growth);
   const float scale = static_cast<float>(64 / 15.0 / (2 * full_pi) / gauss_bound_is_loose_by);
+  const float truncation = static_cast<float>(accuracy.truncation);
+  constexpr float rough = 2e-3f;  // for the rounding of what follows
   const V z = S::of(boxes.z_least);
   for (int i = 0; i < 16; i += S::width) {
     const V h = S::max(S::load(boxes.half + i), S::of(1e-12f)), c = S::load(boxes.middle_least + i);
     const V c_most = S::load(boxes.middle_most + i), d = S::load(boxes.d_least + i), d_most = S::load(boxes.d_most + i);
-    for (int lane = i; lane < i + S::width; ++lane) {
-      choice.target[lane] = static_cast<float>(share_of_truncation * accuracy) * (lane < edges ? 0.25f : 0.125f);
-    }
-    const V target = S::load(choice.target + i), tiny = S::of(1e-30f);
-    const V um = c_most + h, sigma2 = d * d + z * z, sigma = S::sqrt(sigma2);
-    const V u_by_sigma = um / S::max(sigma, tiny);
-    const V size =
-        d_most * (growth / static_cast<float>(full_pi)) * S::log(u_by_sigma + S::sqrt(u_by_sigma * u_by_sigma + 1.0f));
-    const V inverse_h = 1.0f / h, plus = c * inverse_h + 1.0f, minus = c * inverse_h - 1.0f;
+    const V target = truncation * S::load(share_of_part + i), tiny = S::of(1e-30f);
+    const V um = c_most + h, sigma2 = d * d + z * z, sigma = S::rough_sqrt(sigma2);
+    const V u_by_sigma = um * S::reciprocal(S::max(sigma, tiny));
+    const V size = d_most * (growth / static_cast<float>(full_pi)) *
+                   S::log(u_by_sigma + S::rough_sqrt(u_by_sigma * u_by_sigma + 1.0f));
+    const V inverse_h = S::reciprocal(h), plus = c * inverse_h + 1.0f, minus = c * inverse_h - 1.0f;
     const V plus2 = plus * plus, minus2 = minus * minus;
     const auto ellipse_through = [&](V s2) KESTO_INLINE_LAMBDA {
       const V by_h2 = s2 * (inverse_h * inverse_h);
       return S::max(0.5f * (S::sqrt(plus2 + by_h2) + S::sqrt(minus2 + by_h2)), S::of(1));
     };
     const V at_sigma = ellipse_through(sigma2), at_d = ellipse_through(d * d);
-    const V kappa = h * um / S::sqrt(um * um + sigma2), log_share = S::log(scale * h / target);
-    const V cube_root = S::exp(S::log(3.0f * S::max(log_share + 2.0f, S::of(1)) / kappa) * (1.0f / 3));
-    const V limit = 0.85f * S::log(at_sigma + S::sqrt(at_sigma * at_sigma - 1.0f));
-    const V t = S::max(S::min(S::min(cube_root / (0.085f * cube_root + 1.0f), limit), S::of(10)), S::of(1e-6f));
-    const V e = S::exp(t), inverse = 1.0f / e, sinh = 0.5f * (e - inverse), cosh = 0.5f * (e + inverse);
+    const V inverse_kappa = S::rough_sqrt(um * um + sigma2) * S::reciprocal(h * um),
+            log_share = S::log(scale * h * S::reciprocal(target));
+    const V cube_root = S::exp(S::log(3.0f * S::max(log_share + 2.0f, S::of(1)) * inverse_kappa) * (1.0f / 3));
+    const V limit = 0.85f * S::log(at_sigma + S::rough_sqrt(at_sigma * at_sigma - 1.0f));
+    const V t =
+        S::max(S::min(S::min(cube_root * S::reciprocal(0.085f * cube_root + 1.0f), limit), S::of(10)), S::of(1e-6f));
+    const V e = S::exp(t), inverse = S::reciprocal(e), sinh = 0.5f * (e - inverse), cosh = 0.5f * (e + inverse);
     // Im R on the ellipse: three places stand for its largest, to 2 %.
-    const V height = h * sinh, semi_axis = h * cosh, place = c_most / semi_axis;
-    const V cos1 = 0.25f * (S::sqrt(place * place + 8.0f) - place);
+    const V height = h * sinh, semi_axis = h * cosh, place = c_most * S::reciprocal(semi_axis);
+    const V cos1 = 0.25f * (S::rough_sqrt(place * place + 8.0f) - place);
     V im = {};
     for (const float part : {1.0f, 0.6f, 0.25f}) {
       const V cos_phi = part * cos1, x = c_most + semi_axis * cos_phi;
       const V y2 = height * height * (1.0f - cos_phi * cos_phi), real = sigma2 + x * x - y2;
-      im = S::max(im, 0.5f * (S::sqrt(real * real + 4.0f * (x * x) * y2) - real));
+      im = S::max(im, 0.5f * (S::rough_sqrt(real * real + 4.0f * (x * x) * y2) - real));
     }
-    im = S::min(height, 1.02f * S::sqrt(im));
+    im = S::min(height, 1.021f * S::rough_sqrt(im));
     const V to_sigma = h * (at_sigma - cosh), gap_d = h * (at_d - cosh), to_d = gap_d < 0.0f ? -gap_d : gap_d;
-    const V rr = 0.707f * S::sqrt(S::max(to_sigma * S::max(to_sigma, sigma), S::of(0)));
-    const V by_pole = 2.0f * d_most / S::max(to_d * S::max(to_d, d), tiny);
-    const V by_distance = d_most * growth / S::max(z + rr, tiny);
+    const V rr = 0.707f * S::rough_sqrt(S::max(to_sigma * S::max(to_sigma, sigma), S::of(0)));
+    const V by_pole = 2.0f * d_most * S::reciprocal(S::max(to_d * S::max(to_d, d), tiny));
+    const V by_distance = d_most * growth * S::reciprocal(S::max(z + rr, tiny));
     const V m = S::min(by_pole, by_distance);
-    const V x = log_share + S::log(S::max(m, tiny)) + im - S::log(1.0f - inverse * inverse);
+    const V x = log_share + S::log(S::max(m, tiny)) + im - S::log(1.0f - inverse * inverse) + rough;
     const MidpointNeed<S> need = {x, t};
     const V nodes = need.nodes();
+    S::store(choice.target + i, target);
     S::store(choice.nodes + i, size <= target * 0.5f ? V{} - 1.0f : nodes);  // the part itself is below its share
     S::store(choice.x + i, x);
     S::store(choice.t + i, t);
@@ -160,13 +166,15 @@ KESTO_INLINE void add_part(Loss loss, RuleView<typename P::Scalar> rule, const P
     for (int j = 0; j < rule.n; ++j) {
       const V u = P::multiply_add(stretch, P::of(rule.node[j]), middle), s2 = P::multiply_add(u, u, d2_safe);
       const V distances = P::sqrt(z2 + s2) + zv, inverse = P::reciprocal(s2 * distances);
-      terms.add(rule.weight[j] * (distances * inverse), static_cast<Scalar>(0.5) * s2 * (s2 * inverse));
+      terms.add(rule.weight[j] * (distances * inverse), s2 * (s2 * inverse));
     }
     const V scale = across * stretch * static_cast<Scalar>(-0.5 / full_pi);
-    const V re = terms.re() * scale, im = terms.im() * scale;
+    double re[P::width], im[P::width];
+    P::store_wide(re, terms.re() * scale);
+    P::store_wide(im, terms.im() * scale);
     for (int lane = 0; lane < P::width; ++lane) {
-      sum.re[i + lane] += static_cast<double>(re[lane]);
-      sum.im[i + lane] += static_cast<double>(im[lane]);
+      sum.re[i + lane] += re[lane];
+      sum.im[i + lane] += im[lane];
     }
   }
 }
@@ -191,8 +199,8 @@ KESTO_INLINE float truncation_of_parts(const PartChoice& choice, const int* used
 
 // Sums the points, whose extents are given. False, and nothing done, where a part asks for too many nodes.
 template <class T, bool lossy>
-KESTO_INLINE bool sum_box(RectanglePart rectangle, Loss loss, double accuracy, RuleSet& rules, const LocalTile& local,
-                          Extent x, Extent y, Extent z, TileSum& sum) {
+KESTO_INLINE bool sum_box(RectanglePart rectangle, Loss loss, const Accuracy& accuracy, RuleSet& rules,
+                          const LocalTile& local, Extent x, Extent y, Extent z, TileSum& sum) {
   PartBoxes boxes;
   fill_boxes(rectangle, x, y, z, boxes);
   PartChoice choice;
@@ -209,7 +217,7 @@ KESTO_INLINE bool sum_box(RectanglePart rectangle, Loss loss, double accuracy, R
         skipped += choice.size[part];
         continue;
       }
-      if (!(nodes < static_cast<float>(largest_level - 1) && nodes < 64 + 2 * boxes.half[part])) return false;
+      if (!(nodes < largest_level - 1)) return false;
       const float size = choice.size[part];
       used[count] = part;
       levels[count++] = Rules::level_of(static_cast<int>(nodes) + 1);
@@ -226,7 +234,7 @@ KESTO_INLINE bool sum_box(RectanglePart rectangle, Loss loss, double accuracy, R
   sum.size = std::min(phase + skipped, 4.0f);
   sum.error = skipped + truncation_of_parts<T>(choice, used, levels, count);
   const float single = unit_roundoff_single * rounding;
-  const bool in_single = static_cast<double>(single) <= (1 - share_of_truncation) * accuracy;
+  const bool in_single = static_cast<double>(single) <= accuracy.whole - accuracy.truncation;
   sum.error += in_single ? single : static_cast<float>(unit_roundoff) * rounding;
 
   PartPoints p;
@@ -259,8 +267,8 @@ KESTO_INLINE bool sum_box(RectanglePart rectangle, Loss loss, double accuracy, R
 }
 
 template <class T, bool lossy>
-KESTO_INLINE void sum_tile(RectanglePart rectangle, Loss loss, double accuracy, RuleSet& rules, const LocalTile& local,
-                           TileSum& sum) {
+KESTO_INLINE void sum_tile(RectanglePart rectangle, Loss loss, const Accuracy& accuracy, RuleSet& rules,
+                           const LocalTile& local, TileSum& sum) {
   const Extent x = extent_of_tile(local.x), y = extent_of_tile(local.y);
   const Extent z = extent_of_magnitude(extent_of_tile(local.z));
   if (!sum_box<T, lossy>(rectangle, loss, accuracy, rules, local, x, y, z, sum)) {

@@ -1,6 +1,6 @@
 #include "kesto/engine/tile_field.h"
 
-#include <complex>
+#include <type_traits>
 
 #include "core/lanes/outermost.h"
 #include "kesto/engine/bowl_tile.h"
@@ -18,34 +18,41 @@ KESTO_INLINE Part part_of(const Job::Part& part) {
   if constexpr (std::is_same_v<Part, BowlPart>) return {part.size[0], part.size[1], part.size[2]};
 }
 
-KESTO_INLINE void to_local(const Tile& tile, const Pose& pose, double k, LocalTile& local) {
+KESTO_INLINE void to_local(const Tile& tile, const PlacedElement& element, LocalTile& local) {
+  const auto& axes = element.axes;
   for (int i = 0; i < tile_size; ++i) {
-    const double x = tile.x[i] - pose.centre[0], y = tile.y[i] - pose.centre[1], z = tile.z[i] - pose.centre[2];
-    local.x[i] = k * (pose.axes[0][0] * x + pose.axes[0][1] * y + pose.axes[0][2] * z);
-    local.y[i] = k * (pose.axes[1][0] * x + pose.axes[1][1] * y + pose.axes[1][2] * z);
-    local.z[i] = k * (pose.axes[2][0] * x + pose.axes[2][1] * y + pose.axes[2][2] * z);
+    const double x = tile.x[i] - element.centre[0], y = tile.y[i] - element.centre[1],
+                 z = tile.z[i] - element.centre[2];
+    local.x[i] = axes[0][0] * x + axes[0][1] * y + axes[0][2] * z;
+    local.y[i] = axes[1][0] * x + axes[1][1] * y + axes[1][2] * z;
+    local.z[i] = axes[2][0] * x + axes[2][1] * y + axes[2][2] * z;
   }
 }
 
 // 1 where the element is heard, else 0. Whether it is heard anywhere.
 template <class Part>
 KESTO_INLINE bool fill_audible(const Job& job, const LocalTile& p, double (&audible)[tile_size]) {
-  double any = 0;
+  if (!job.silent_behind) {
+    for (int i = 0; i < tile_size; ++i) audible[i] = 1;
+    return true;
+  }
   for (int i = 0; i < tile_size; ++i) {
-    bool behind = p.z[i] < 0;
     if constexpr (std::is_same_v<Part, BowlPart>) {
       const double z = p.z[i] - job.depth, r2 = p.x[i] * p.x[i] + p.y[i] * p.y[i];
-      behind = z < -job.rim_depth && r2 + z * z > job.depth * job.depth;
+      const double beside = z < -job.rim_depth ? 0.0 : 1.0;
+      audible[i] = r2 + z * z > job.depth * job.depth ? beside : 1.0;
+    } else {
+      audible[i] = p.z[i] < 0 ? 0.0 : 1.0;
     }
-    audible[i] = behind && job.silent_behind ? 0 : 1;
-    any += audible[i];
   }
-  return any > 0;
+  Double<Baseline> any = load<2>(audible);
+  for (int i = 2; i < tile_size; i += 2) any += load<2>(audible + i);
+  return any[0] + any[1] > 0;
 }
 
 // Adds weight E(d) G.
 template <class T, bool lossy>
-KESTO_INLINE void superpose(const Job& job, const TileSum& sum, std::complex<double> weight,
+KESTO_INLINE void superpose(const Job& job, const TileSum& sum, double weight_re, double weight_im,
                             const double (&audible)[tile_size], TileResult& result) {
   for (int i = 0; i < tile_size; i += T::width) {
     const Double<T> d = load<T::width>(sum.distance + i), re = load<T::width>(sum.re + i);
@@ -54,8 +61,8 @@ KESTO_INLINE void superpose(const Job& job, const TileSum& sum, std::complex<dou
     Double<T> amplitude = broadcast<T>(1);
     if constexpr (lossy) amplitude = exp<T, Arguments::any>(-job.loss.per_phase * d);
     const Double<T> wave_re = amplitude * wave.cos, wave_im = amplitude * wave.sin;
-    const Double<T> weighted_re = wave_re * weight.real() - wave_im * weight.imag();
-    const Double<T> weighted_im = wave_re * weight.imag() + wave_im * weight.real();
+    const Double<T> weighted_re = wave_re * weight_re - wave_im * weight_im;
+    const Double<T> weighted_im = wave_re * weight_im + wave_im * weight_re;
     const Double<T> p_re = weighted_re * re - weighted_im * im, p_im = weighted_re * im + weighted_im * re;
     const Double<T> zero = {};
     store<T::width>(result.re + i, load<T::width>(result.re + i) + (heard != 0.0 ? p_re : zero));
@@ -63,37 +70,40 @@ KESTO_INLINE void superpose(const Job& job, const TileSum& sum, std::complex<dou
   }
 }
 
-// Of places, and so of phases, in units of 1/k; and of the last steps.
-KESTO_INLINE double rounding_of_place(const Job& job, const Pose& pose, double reach) {
-  double centre = job.parts[0].size[0] + job.parts[0].size[1];
-  for (const double x : pose.centre) centre += job.k * __builtin_fabs(x);
-  return unit_roundoff * (8 * (reach + centre) + 20);
+// The largest |x| + |y| + |z|.
+KESTO_INLINE double reach_of(const Tile& tile) {
+  Double<Baseline> most = {};
+  for (int i = 0; i < tile_size; i += 2) {
+    Double<Baseline> sum = {};
+    for (const double* const values : {tile.x, tile.y, tile.z}) {
+      const Double<Baseline> v = load<2>(values + i);
+      sum += v < 0.0 ? -v : v;
+    }
+    most = sum > most ? sum : most;
+  }
+  return std::max(most[0], most[1]);
 }
 
 template <class Part, class T, bool lossy>
 KESTO_INLINE void add_fields(const Job& job, RuleSet& rules, const Tile& tile, TileResult& result) {
   result = {};
-  double reach = 0;
-  for (int i = 0; i < tile.count; ++i) {
-    reach = std::max(reach, __builtin_fabs(tile.x[i]) + __builtin_fabs(tile.y[i]) + __builtin_fabs(tile.z[i]));
-  }
+  const double reach = job.k * reach_of(tile) + job.parts[0].size[0] + job.parts[0].size[1];
   for (std::size_t e = 0; e < job.element_count; ++e) {
-    const FieldElement& element = job.elements[e];
+    const PlacedElement& element = job.elements[e];
     LocalTile local;
-    to_local(tile, element.pose, job.k, local);
-    double audible[tile_size];
+    to_local(tile, element, local);
+    alignas(64) double audible[tile_size];
     if (!fill_audible<Part>(job, local, audible)) continue;
-    const std::complex<double> weight =
-        job.impedance * element.velocity / std::complex<double>(1, -job.loss.per_phase);  // jk / (alpha + jk)
-    const double magnitude = job.impedance * std::abs(element.velocity);
-    const double rounding = rounding_of_place(job, element.pose, job.k * reach);
+    // Of places, and so of phases; and of the last steps.
+    const double rounding = unit_roundoff * (8 * (reach + element.centre_sum) + 20);
     for (int part = 0; part < job.part_count; ++part) {
+      const double sign = job.parts[part].sign;
       TileSum sum;
       sum_tile<T, lossy>(part_of<Part>(job.parts[part]), job.loss, job.accuracy, rules, local, sum);
-      superpose<T, lossy>(job, sum, job.parts[part].sign * weight, audible, result);
-      result.error += magnitude * (static_cast<double>(sum.error) + rounding * static_cast<double>(sum.size));
-      result.terms += sum.terms;
-      result.terms_in_single_precision += sum.terms_in_single_precision;
+      superpose<T, lossy>(job, sum, sign * element.re, sign * element.im, audible, result);
+      result.error += element.magnitude * (static_cast<double>(sum.error) + rounding * static_cast<double>(sum.size));
+      result.terms += sum.terms * tile.count + sum.graded_terms;
+      result.terms_in_single_precision += sum.terms_in_single_precision * tile.count;
       result.graded_points += sum.graded_points;
     }
   }

@@ -7,6 +7,15 @@
 
 namespace kesto {
 
+// An element as a tile needs it.
+struct PlacedElement {
+  double centre[3];   // m
+  double axes[3][3];  // times k
+  double re, im;      // rho c velocity jk / (alpha + jk)
+  double magnitude;   // rho c |velocity|
+  double centre_sum;  // of |k centre|
+};
+
 // A face and its elements, in units of 1/k.
 struct Job {
   struct Part {
@@ -17,13 +26,12 @@ struct Job {
   Part parts[2];  // the second is the hole of an annulus
   int part_count;
   Loss loss;
-  double accuracy;   // of a part's G
-  double depth;      // of a bowl's centre of curvature over the apex; else 0
-  double rim_depth;  // of a bowl's rim below its centre of curvature
+  Accuracy accuracy;  // of a part's G
+  double depth;       // of a bowl's centre of curvature over the apex; else 0
+  double rim_depth;   // of a bowl's rim below its centre of curvature
   bool silent_behind;
-  double k;          // rad/m
-  double impedance;  // rho c
-  const FieldElement* elements;
+  double k;  // rad/m
+  const PlacedElement* elements;
   std::size_t element_count;
 };
 
