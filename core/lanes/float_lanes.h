@@ -13,16 +13,19 @@ struct FloatLanes;
 template <>
 struct FloatLanes<4> {
   typedef float Float __attribute__((vector_size(16)));
+  typedef float Half __attribute__((vector_size(8)));
   typedef std::int32_t Int __attribute__((vector_size(16)));
 };
 template <>
 struct FloatLanes<8> {
   typedef float Float __attribute__((vector_size(32)));
+  typedef float Half __attribute__((vector_size(16)));
   typedef std::int32_t Int __attribute__((vector_size(32)));
 };
 template <>
 struct FloatLanes<16> {
   typedef float Float __attribute__((vector_size(64)));
+  typedef float Half __attribute__((vector_size(32)));
   typedef std::int32_t Int __attribute__((vector_size(64)));
 };
 
@@ -64,6 +67,8 @@ struct InDouble {
   KESTO_INLINE static V of(double value) { return broadcast<T>(value); }
   KESTO_INLINE static V load(const double* from) { return kesto::load<width>(from); }
   KESTO_INLINE static void store(double* to, V v) { kesto::store<width>(to, v); }
+  // From doubles, and to them.
+  KESTO_INLINE static V load_narrowed(const double* from) { return load(from); }
   KESTO_INLINE static void store_wide(double* to, V v) { store(to, v); }
   KESTO_INLINE static V multiply_add(V a, V b, V c) { return kesto::multiply_add<T>(a, b, c); }
   KESTO_INLINE static V sqrt(V v) { return kesto::sqrt<T>(v); }
@@ -95,7 +100,12 @@ struct InSingle {
   using V = typename FloatLanes<2 * T::width>::Float;
   static constexpr int width = 2 * T::width;
 
-  KESTO_INLINE static V of(float value) { return value - V{}; }
+  // By its bits: of floats GCC 12 makes sixteen masked moves.
+  KESTO_INLINE static V of(float value) {
+    std::int32_t bits;
+    __builtin_memcpy(&bits, &value, sizeof bits);
+    return reinterpret_cast<V>(Int{} + bits);
+  }
   KESTO_INLINE static V load(const float* from) {
     V v;
     __builtin_memcpy(&v, from, sizeof v);
@@ -137,10 +147,19 @@ struct InSingle {
       return sqrt(v);
     }
   }
+  using Half = typename FloatLanes<2 * T::width>::Half;
   KESTO_INLINE static void store_wide(double* to, V v) {
-    float values[width];
-    store(values, v);
-    for (int lane = 0; lane < width; ++lane) to[lane] = static_cast<double>(values[lane]);
+    Half halves[2];
+    __builtin_memcpy(halves, &v, sizeof v);
+    kesto::store<T::width>(to, __builtin_convertvector(halves[0], Double<T>));
+    kesto::store<T::width>(to + T::width, __builtin_convertvector(halves[1], Double<T>));
+  }
+  KESTO_INLINE static V load_narrowed(const double* from) {
+    const Half halves[2] = {__builtin_convertvector(kesto::load<T::width>(from), Half),
+                            __builtin_convertvector(kesto::load<T::width>(from + T::width), Half)};
+    V v;
+    __builtin_memcpy(&v, halves, sizeof v);
+    return v;
   }
   KESTO_INLINE static V min(V a, V b) { return a < b ? a : b; }
   KESTO_INLINE static V max(V a, V b) { return a > b ? a : b; }
@@ -180,6 +199,18 @@ struct InSingle {
     return multiply_add(power, rest, power - 1.0f);
   }
   KESTO_INLINE static V exp(V x) { return exp_minus_1(max(min(x, of(80)), of(-80))) + 1.0f; }
+
+  // Bounds of log x for x > 0: the logarithm of a power of two and straight on, no more than 0.06 off; and x^(1/3) to
+  // 5 %.
+  KESTO_INLINE static V log_at_least(V x) {
+    const V bits = __builtin_convertvector(reinterpret_cast<Int>(x) - 0x3f800000, V);
+    return bits * 8.262958e-8f;  // log(2) 2^-23
+  }
+  KESTO_INLINE static V log_at_most(V x) { return log_at_least(x) + 0.0597f; }
+  KESTO_INLINE static V rough_cube_root(V x) {
+    const V bits = __builtin_convertvector(reinterpret_cast<Int>(x), V);
+    return reinterpret_cast<V>(__builtin_convertvector(bits * (1.0f / 3), Int) + 709921077);
+  }
 
   // For x > 0 and normal: absolute error 1e-7 below |log x| = 1, else relative.
   KESTO_INLINE static V log(V x) {

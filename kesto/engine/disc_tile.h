@@ -16,22 +16,32 @@ struct DiscPart {
 };
 
 struct DiscPoints {
-  alignas(64) double r[tile_size], beyond_rim[tile_size], z[tile_size];  // r, r - a, |z|
+  alignas(64) BatchArray r, beyond_rim, z;  // r, r - a, |z|
+
+  template <class T>
+  KESTO_INLINE void set(DiscPart disc, const LocalBatch& local) {
+    for (int i = 0; i < local.size; i += T::width) {
+      const Double<T> x = load<T::width>(local.x + i), y = load<T::width>(local.y + i), v = load<T::width>(local.z + i);
+      const Double<T> radius = sqrt<T>(x * x + y * y);
+      store<T::width>(r + i, radius);
+      store<T::width>(beyond_rim + i, radius - disc.a);
+      store<T::width>(z + i, v < 0.0 ? -v : v);
+    }
+  }
 };
 
 // With tau* = acosh(1 + y), y = ((r - a)^2 + z^2) / 2ar, where R vanishes, and Re R >= rho_t for t below it:
 // M = [1 + min(w g / (z + rho_t), 2w / |(r - a)^2 - 2ar (cosh t - 1)|)] / 2, w = |r^2 - a^2|, g the growth.
 template <class T>
-KESTO_INLINE void choose_for_disc(DiscPart disc, Loss loss, const Accuracy& accuracy, const DiscPoints& p,
+KESTO_INLINE void choose_for_disc(DiscPart disc, Loss loss, const Accuracy& accuracy, const DiscPoints& p, int size,
                                   RimChoice& choice) {
   using S = InSingle<T>;
   using V = typename S::V;
   const float a = static_cast<float>(disc.a), growth = static_cast<float>(loss.growth);
-  TileArray<float> rs, beyonds, zs;
-  rs.set(p.r), beyonds.set(p.beyond_rim), zs.set(p.z);
   constexpr float rough = 2e-3f;  // for the rounding of what follows
-  for (int i = 0; i < tile_size; i += S::width) {
-    const V r = S::load(rs.at + i), beyond = S::load(beyonds.at + i), z = S::load(zs.at + i);
+  for (int i = 0; i < size; i += S::width) {
+    const V r = S::load_narrowed(p.r + i), beyond = S::load_narrowed(p.beyond_rim + i);
+    const V z = S::load_narrowed(p.z + i);
     const V ar2 = S::max(2 * a * r, S::of(1e-6f * a * a)), s2 = beyond * beyond, near2 = s2 + z * z;
     const V farthest = S::rough_sqrt((r + a) * (r + a) + z * z), nearest = S::rough_sqrt(near2);
     const V middle = 0.5f * (farthest + nearest), kappa = ar2 * S::reciprocal(farthest + nearest);
@@ -44,7 +54,7 @@ KESTO_INLINE void choose_for_disc(DiscPart disc, Loss loss, const Accuracy& accu
     const V by_distance = w * growth * S::reciprocal(S::max(z + rho_t, S::of(1e-30f)));
     const V by_pole = 2.0f * w * S::reciprocal(S::max(pole < 0.0f ? -pole : pole, S::of(1e-30f)));
     const V m = 0.5f * S::min(by_distance, by_pole) + 0.5f;
-    const MidpointNeed<S> need = {accuracy.log_2_by_truncation + S::log(m) + kappa * sinh + rough, t};
+    const MidpointNeed<S> need = {accuracy.log_2_by_truncation + S::log_at_most(m) + kappa * sinh + rough, t};
     S::store(choice.nodes + i, need.nodes());
     S::store(choice.x + i, need.x);
     S::store(choice.t + i, t);
@@ -54,14 +64,13 @@ KESTO_INLINE void choose_for_disc(DiscPart disc, Loss loss, const Accuracy& accu
 
 template <class P, bool lossy>
 KESTO_INLINE void sum_over_rim(DiscPart disc, Loss loss, RuleView<typename P::Scalar> rule, const DiscPoints& p,
-                               TileSum& sum) {
+                               int first, TileSum& sum) {
   using Scalar = typename P::Scalar;
   using V = typename P::V;
-  TileArray<Scalar> rs, beyonds, zs;
-  rs.set(p.r), beyonds.set(p.beyond_rim), zs.set(p.z);
   const Scalar scale = static_cast<Scalar>(disc.a / rule.n);
   for (int i = 0; i < tile_size; i += P::width) {
-    const V r = P::load(rs.at + i), beyond = P::load(beyonds.at + i), z = P::load(zs.at + i);
+    const V r = P::load_narrowed(p.r + first + i), beyond = P::load_narrowed(p.beyond_rim + first + i);
+    const V z = P::load_narrowed(p.z + first + i);
     const V ar2 = r * static_cast<Scalar>(2 * disc.a), z2 = z * z, s2_least = beyond * beyond;
     TermSum<P, lossy> terms(loss.per_phase);
     for (int j = 0; j < rule.n; ++j) {
@@ -76,28 +85,28 @@ KESTO_INLINE void sum_over_rim(DiscPart disc, Loss loss, RuleView<typename P::Sc
 }
 
 template <class T, bool lossy>
-KESTO_INLINE void sum_tile(DiscPart disc, Loss loss, const Accuracy& accuracy, RuleSet& rules, const LocalTile& local,
-                           TileSum& sum) {
+KESTO_INLINE void sum_batch(DiscPart disc, Loss loss, const Accuracy& accuracy, RuleSet& rules, const LocalBatch& local,
+                            TileSum (&sums)[batch_tiles]) {
   DiscPoints p;
-  for (int i = 0; i < tile_size; ++i) {
-    p.r[i] = __builtin_sqrt(local.x[i] * local.x[i] + local.y[i] * local.y[i]);
-    p.beyond_rim[i] = p.r[i] - disc.a;
-    p.z[i] = sum.distance[i] = __builtin_fabs(local.z[i]);
-  }
+  p.set<T>(disc, local);
   RimChoice choice;
-  choose_for_disc<T>(disc, loss, accuracy, p, choice);
-  unsigned beyond;
-  const int level = choice.level<T>(beyond);
-  const float phase = largest_of_tile(choice.phase);
-  sum.error = truncation_error<T>(choice, level, accuracy);
-  add_rounding<T>(sum, level, phase, 1, accuracy, [&](auto precision) KESTO_INLINE_LAMBDA {
-    using P = decltype(precision);
-    sum_over_rim<P, lossy>(disc, loss, rules.midpoint.of(level, typename P::Scalar{}), p, sum);
-  });
-  for (; beyond != 0; beyond &= beyond - 1) {
-    const int i = __builtin_ctz(beyond);
-    const Complex g = graded_disc(disc.a, p.r[i], p.beyond_rim[i], p.z[i], loss.per_phase, rules.gauss, sum);
-    sum.re[i] = g.real(), sum.im[i] = g.imag();
+  choose_for_disc<T>(disc, loss, accuracy, p, local.size, choice);
+  for (int first = 0; first < local.size; first += tile_size) {
+    TileSum& sum = sums[first / tile_size];
+    __builtin_memcpy(sum.distance, p.z + first, sizeof sum.distance);
+    unsigned beyond;
+    const int level = choice.level(first, beyond);
+    const float phase = largest_of_tile(choice.phase + first);
+    sum.error = truncation_error<T>(choice, first, level, accuracy);
+    add_rounding<T>(sum, level, phase, 1, accuracy, [&](auto precision) KESTO_INLINE_LAMBDA {
+      using P = decltype(precision);
+      sum_over_rim<P, lossy>(disc, loss, rules.midpoint.of(level, typename P::Scalar{}), p, first, sum);
+    });
+    for (; beyond != 0; beyond &= beyond - 1) {
+      const int i = __builtin_ctz(beyond), at = first + i;
+      const Complex g = graded_disc(disc.a, p.r[at], p.beyond_rim[at], p.z[at], loss.per_phase, rules.gauss, sum);
+      sum.re[i] = g.real(), sum.im[i] = g.imag();
+    }
   }
 }
 

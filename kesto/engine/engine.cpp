@@ -88,22 +88,27 @@ FieldCost add_field(const Face& face, const FieldElement* elements, std::size_t 
   const TileOrder order(points);
   RuleSet rules;
   FieldCost cost;
-  Tile tile;
-  TileResult result;
-  for (std::size_t t = 0; t < order.size(); ++t) {
-    order.fetch(t, tile);
-    field(job, rules, tile, result);
-    for (int i = 0; i < tile.count; ++i) {
-      output.re[tile.index[i]] += result.re[i];
-      output.im[tile.index[i]] += result.im[i];
+  Tile tiles[batch_tiles];
+  TileResult results[batch_tiles];
+  for (std::size_t first = 0; first < order.size(); first += batch_tiles) {
+    const int count = static_cast<int>(std::min<std::size_t>(batch_tiles, order.size() - first));
+    for (int t = 0; t < count; ++t) order.fetch(first + static_cast<std::size_t>(t), tiles[t]);
+    field(job, rules, tiles, count, results);
+    for (int t = 0; t < count; ++t) {
+      const Tile& tile = tiles[t];
+      const TileResult& result = results[t];
+      for (int i = 0; i < tile.count; ++i) {
+        output.re[tile.index[i]] += result.re[i];
+        output.im[tile.index[i]] += result.im[i];
+      }
+      if (output.error != nullptr) {
+        for (int i = 0; i < tile.count; ++i) output.error[tile.index[i]] += result.error;
+      }
+      cost.error = std::max(cost.error, result.error);
+      cost.terms += result.terms;
+      cost.terms_in_single_precision += result.terms_in_single_precision;
+      cost.points_on_graded_panels += result.graded_points;
     }
-    if (output.error != nullptr) {
-      for (int i = 0; i < tile.count; ++i) output.error[tile.index[i]] += result.error;
-    }
-    cost.error = std::max(cost.error, result.error);
-    cost.terms += result.terms;
-    cost.terms_in_single_precision += result.terms_in_single_precision;
-    cost.points_on_graded_panels += result.graded_points;
   }
   return cost;
 }

@@ -122,10 +122,11 @@ Complex graded_edge(double d, double u0, double u1, double z, double loss, Rules
   return d / (2 * full_pi) * (u0 < 0 && u1 > 0 ? over(0, u1) + over(u0, 0) : over(u0, u1));
 }
 
-void sum_edges_by_points(RectanglePart rectangle, Loss loss, RuleSet& rules, const LocalTile& p, TileSum& sum) {
+void sum_edges_by_points(RectanglePart rectangle, Loss loss, RuleSet& rules, const LocalBatch& p, int first,
+                         TileSum& sum) {
   const double a = rectangle.a, b = rectangle.b;
   for (int i = 0; i < tile_size; ++i) {
-    const double x = p.x[i], y = p.y[i], z = std::fabs(p.z[i]);
+    const double x = p.x[first + i], y = p.y[first + i], z = std::fabs(p.z[first + i]);
     const auto edge = [&](double d, double u0, double u1) {
       return graded_edge(d, u0, u1, z, loss.per_phase, rules.gauss, sum);
     };

@@ -16,14 +16,10 @@ struct RectanglePart {
 };
 
 // Every point on graded panels of its own, where a tile is next to an edge.
-void sum_edges_by_points(RectanglePart rectangle, Loss loss, RuleSet& rules, const LocalTile& local, TileSum& sum);
+void sum_edges_by_points(RectanglePart rectangle, Loss loss, RuleSet& rules, const LocalBatch& local, int first,
+                         TileSum& sum);
 
 constexpr int edges = 4, edge_parts = 3 * edges;  // whole ones, then two parts of each
-
-// One part as the points of a tile see it: u = middle + stretch node on a whole edge, stretch node from its foot.
-struct PartPoints {
-  alignas(64) double d[tile_size], middle[tile_size], stretch[tile_size], z[tile_size];
-};
 
 // What is known of the parts of all edges for every point of a tile.
 struct PartBoxes {
@@ -62,7 +58,7 @@ KESTO_INLINE void choose_for_parts(Loss loss, const PartBoxes& boxes, const Accu
     const V um = c_most + h, sigma2 = d * d + z * z, sigma = S::rough_sqrt(sigma2);
     const V u_by_sigma = um * S::reciprocal(S::max(sigma, tiny));
     const V size = d_most * (growth / static_cast<float>(full_pi)) *
-                   S::log(u_by_sigma + S::rough_sqrt(u_by_sigma * u_by_sigma + 1.0f));
+                   S::log_at_most(u_by_sigma + S::rough_sqrt(u_by_sigma * u_by_sigma + 1.0f));
     const V inverse_h = S::reciprocal(h), plus = c * inverse_h + 1.0f, minus = c * inverse_h - 1.0f;
     const V plus2 = plus * plus, minus2 = minus * minus;
     const auto ellipse_through = [&](V s2) KESTO_INLINE_LAMBDA {
@@ -71,8 +67,8 @@ KESTO_INLINE void choose_for_parts(Loss loss, const PartBoxes& boxes, const Accu
     };
     const V at_sigma = ellipse_through(sigma2), at_d = ellipse_through(d * d);
     const V inverse_kappa = S::rough_sqrt(um * um + sigma2) * S::reciprocal(h * um),
-            log_share = S::log(scale * h * S::reciprocal(target));
-    const V cube_root = S::exp(S::log(3.0f * S::max(log_share + 2.0f, S::of(1)) * inverse_kappa) * (1.0f / 3));
+            log_share = S::log_at_most(scale * h * S::reciprocal(target));
+    const V cube_root = S::rough_cube_root(3.0f * S::max(log_share + 2.0f, S::of(1)) * inverse_kappa);
     const V limit = 0.85f * S::log(at_sigma + S::rough_sqrt(at_sigma * at_sigma - 1.0f));
     const V t =
         S::max(S::min(S::min(cube_root * S::reciprocal(0.085f * cube_root + 1.0f), limit), S::of(10)), S::of(1e-6f));
@@ -92,7 +88,7 @@ KESTO_INLINE void choose_for_parts(Loss loss, const PartBoxes& boxes, const Accu
     const V by_pole = 2.0f * d_most * S::reciprocal(S::max(to_d * S::max(to_d, d), tiny));
     const V by_distance = d_most * growth * S::reciprocal(S::max(z + rr, tiny));
     const V m = S::min(by_pole, by_distance);
-    const V x = log_share + S::log(S::max(m, tiny)) + im - S::log(1.0f - inverse * inverse) + rough;
+    const V x = log_share + S::log_at_most(S::max(m, tiny)) + im - S::log_at_least(1.0f - inverse * inverse) + rough;
     const MidpointNeed<S> need = {x, t};
     const V nodes = need.nodes();
     S::store(choice.target + i, target);
@@ -106,7 +102,7 @@ KESTO_INLINE void choose_for_parts(Loss loss, const PartBoxes& boxes, const Accu
 struct Extent {
   float least, most;
 };
-KESTO_INLINE Extent extent_of_tile(const double (&values)[tile_size]) {
+KESTO_INLINE Extent extent_of_tile(const double* values) {
   using T = Baseline;
   Double<T> least = load<2>(values), most = least;
   for (int i = 2; i < tile_size; i += 2) {
@@ -151,31 +147,76 @@ KESTO_INLINE void fill_boxes(RectanglePart rectangle, Extent x, Extent y, Extent
   }
 }
 
+// The terms of all parts of a tile in one row: parts have few nodes each, and a loop of its own for each would wait for
+// every part's end.
+template <class Real>
+struct TermRow {
+  static constexpr int capacity = 4 * largest_level;
+  int n = 0;
+  alignas(64) Real node[capacity], weight[capacity];
+  unsigned char part[capacity];
+
+  // False if there is no more room.
+  KESTO_INLINE bool append(RuleView<Real> rule, int at) {
+    constexpr int step = 16;
+    if (n + rule.n + step > capacity) return false;
+    for (int j = 0; j < rule.n; j += step) {  // the rules' arrays go on beyond a rule
+      __builtin_memcpy(node + n + j, rule.node + j, step * sizeof(Real));
+      __builtin_memcpy(weight + n + j, rule.weight + j, step * sizeof(Real));
+      __builtin_memset(part + n + j, at, step);
+    }
+    n += rule.n;
+    return true;
+  }
+};
+
+// Part edge of u = middle + stretch node, as the points of a tile see it: whole edges are middle and half the length,
+// parts 0 and the signed length from the foot.
+struct UsedPart {
+  int edge, side;  // side -1: whole
+};
+
 template <class P, bool lossy>
-KESTO_INLINE void add_part(Loss loss, RuleView<typename P::Scalar> rule, const PartPoints& p, bool from_foot,
-                           TileSum& sum) {
+KESTO_INLINE void sum_over_edges(RectanglePart rectangle, Loss loss, const TermRow<typename P::Scalar>& row,
+                                 const UsedPart* parts, int count, const LocalBatch& local, int first, TileSum& sum) {
   using Scalar = typename P::Scalar;
   using V = typename P::V;
-  TileArray<Scalar> ds, middles, stretches, zs;
-  ds.set(p.d), middles.set(p.middle), stretches.set(p.stretch), zs.set(p.z);
   for (int i = 0; i < tile_size; i += P::width) {
-    const V across = P::load(ds.at + i), middle = from_foot ? V{} : P::load(middles.at + i);
-    const V stretch = P::load(stretches.at + i), zv = P::load(zs.at + i), z2 = zv * zv;
-    const V least = P::of(static_cast<Scalar>(1e-20)), d2 = across * across, d2_safe = d2 > least ? d2 : least;
+    struct {
+      V middle, stretch, d2, scale;
+    } seen[2 * edges];
+    const V x = P::load_narrowed(local.x + first + i), y = P::load_narrowed(local.y + first + i);
+    V z = P::load_narrowed(local.z + first + i);
+    z = z < 0 ? -z : z;
+    for (int n = 0; n < count; ++n) {  // the differences in double: they cancel next to an edge
+      const bool along_x = parts[n].edge < 2, whole = parts[n].side < 0;
+      const double half = along_x ? rectangle.a : rectangle.b, to_line = along_x ? rectangle.b : rectangle.a;
+      const double* const across = along_x ? local.y : local.x;
+      const double* const along = along_x ? local.x : local.y;
+      const double sign_d = parts[n].edge % 2 == 0 ? -1 : 1, sign_u = parts[n].side == 0 ? -1 : 1;
+      double d[P::width], stretch[P::width];
+      for (int lane = 0; lane < P::width; lane += P::T::width) {
+        constexpr int width = P::T::width;
+        const int at = first + i + lane;
+        store<width>(d + lane, to_line + sign_d * load<width>(across + at));
+        store<width>(stretch + lane, whole ? Double<typename P::T>{} + half : half + sign_u * load<width>(along + at));
+      }
+      const V ds = P::load_narrowed(d), d2 = ds * ds, least = P::of(static_cast<Scalar>(1e-20));
+      seen[n].middle = whole ? (along_x ? x : y) : V{};
+      seen[n].stretch = P::load_narrowed(stretch);
+      seen[n].d2 = d2 > least ? d2 : least;
+      seen[n].scale = ds * seen[n].stretch * static_cast<Scalar>(-0.5 / full_pi);
+    }
+    const V z2 = z * z;
     TermSum<P, lossy> terms(loss.per_phase);
-    for (int j = 0; j < rule.n; ++j) {
-      const V u = P::multiply_add(stretch, P::of(rule.node[j]), middle), s2 = P::multiply_add(u, u, d2_safe);
-      const V distances = P::sqrt(z2 + s2) + zv, inverse = P::reciprocal(s2 * distances);
-      terms.add(rule.weight[j] * (distances * inverse), s2 * (s2 * inverse));
+    for (int j = 0; j < row.n; ++j) {
+      const auto& part = seen[row.part[j]];
+      const V u = P::multiply_add(part.stretch, P::of(row.node[j]), part.middle), s2 = P::multiply_add(u, u, part.d2);
+      const V distances = P::sqrt(z2 + s2) + z, inverse = P::reciprocal(s2 * distances);
+      terms.add(part.scale * row.weight[j] * (distances * inverse), s2 * (s2 * inverse));
     }
-    const V scale = across * stretch * static_cast<Scalar>(-0.5 / full_pi);
-    double re[P::width], im[P::width];
-    P::store_wide(re, terms.re() * scale);
-    P::store_wide(im, terms.im() * scale);
-    for (int lane = 0; lane < P::width; ++lane) {
-      sum.re[i + lane] += re[lane];
-      sum.im[i + lane] += im[lane];
-    }
+    P::store_wide(sum.re + i, terms.re());
+    P::store_wide(sum.im + i, terms.im());
   }
 }
 
@@ -197,14 +238,11 @@ KESTO_INLINE float truncation_of_parts(const PartChoice& choice, const int* used
   return total;
 }
 
-// Sums the points, whose extents are given. False, and nothing done, where a part asks for too many nodes.
+// Sums a tile. False, and nothing done, where a part asks for too many nodes.
 template <class T, bool lossy>
-KESTO_INLINE bool sum_box(RectanglePart rectangle, Loss loss, const Accuracy& accuracy, RuleSet& rules,
-                          const LocalTile& local, Extent x, Extent y, Extent z, TileSum& sum) {
-  PartBoxes boxes;
-  fill_boxes(rectangle, x, y, z, boxes);
-  PartChoice choice;
-  choose_for_parts<T>(loss, boxes, accuracy, choice);
+KESTO_INLINE bool sum_tile(RectanglePart rectangle, Loss loss, const Accuracy& accuracy, RuleSet& rules,
+                           const PartBoxes& boxes, const PartChoice& choice, const LocalBatch& local, int first,
+                           TileSum& sum) {
   int used[2 * edges], levels[2 * edges], count = 0;
   float skipped = 0, phase = 0, rounding = 0;
   for (int edge = 0; edge < edges; ++edge) {
@@ -212,13 +250,12 @@ KESTO_INLINE bool sum_box(RectanglePart rectangle, Loss loss, const Accuracy& ac
     const auto cost = [&](int part) { return std::max(choice.nodes[part], 0.0f); };
     const bool whole = !(cost(split) + cost(split + 1) < cost(edge));
     for (int part = whole ? edge : split; part <= (whole ? edge : split + 1); ++part) {
-      const float nodes = choice.nodes[part];
+      const float nodes = choice.nodes[part], size = choice.size[part];
       if (nodes < 0) {
-        skipped += choice.size[part];
+        skipped += size;
         continue;
       }
       if (!(nodes < largest_level - 1)) return false;
-      const float size = choice.size[part];
       used[count] = part;
       levels[count++] = Rules::level_of(static_cast<int>(nodes) + 1);
       phase += size;
@@ -237,42 +274,46 @@ KESTO_INLINE bool sum_box(RectanglePart rectangle, Loss loss, const Accuracy& ac
   const bool in_single = static_cast<double>(single) <= accuracy.whole - accuracy.truncation;
   sum.error += in_single ? single : static_cast<float>(unit_roundoff) * rounding;
 
-  PartPoints p;
-  for (int i = 0; i < tile_size; ++i) {
-    sum.distance[i] = p.z[i] = __builtin_fabs(local.z[i]);
-    sum.re[i] = sum.im[i] = 0;
-  }
+  UsedPart parts[2 * edges];
   for (int n = 0; n < count; ++n) {
     const bool whole = used[n] < edges;
-    const int edge = whole ? used[n] : (used[n] - edges) / 2, side = (used[n] - edges) % 2;
-    const double half = edge < 2 ? rectangle.a : rectangle.b, to_line = edge < 2 ? rectangle.b : rectangle.a;
-    const double(&across)[tile_size] = edge < 2 ? local.y : local.x;
-    const double(&along)[tile_size] = edge < 2 ? local.x : local.y;
-    const double sign_d = edge % 2 == 0 ? -1 : 1, sign_u = side == 0 ? -1 : 1;
-    for (int i = 0; i < tile_size; ++i) {
-      p.d[i] = to_line + sign_d * across[i];
-      p.middle[i] = along[i];
-      p.stretch[i] = whole ? half : half + sign_u * along[i];
-    }
-    Rules& rule = whole ? rules.gauss : rules.from_foot;
-    sum.terms += levels[n];
-    if (in_single) {
-      sum.terms_in_single_precision += levels[n];
-      add_part<InSingle<T>, lossy>(loss, rule.of(levels[n], float{}), p, !whole, sum);
-    } else {
-      add_part<InDouble<T>, lossy>(loss, rule.of(levels[n], double{}), p, !whole, sum);
-    }
+    parts[n] = {whole ? used[n] : (used[n] - edges) / 2, whole ? -1 : (used[n] - edges) % 2};
   }
-  return true;
+  const auto sum_in = [&](auto precision) KESTO_INLINE_LAMBDA {
+    using P = decltype(precision);
+    TermRow<typename P::Scalar> row;
+    for (int n = 0; n < count; ++n) {
+      Rules& rule = parts[n].side < 0 ? rules.gauss : rules.from_foot;
+      if (!row.append(rule.of(levels[n], typename P::Scalar{}), n)) return false;
+    }
+    sum.terms += row.n;
+    if (in_single) sum.terms_in_single_precision += row.n;
+    sum_over_edges<P, lossy>(rectangle, loss, row, parts, count, local, first, sum);
+    return true;
+  };
+  return in_single ? sum_in(InSingle<T>()) : sum_in(InDouble<T>());
 }
 
 template <class T, bool lossy>
-KESTO_INLINE void sum_tile(RectanglePart rectangle, Loss loss, const Accuracy& accuracy, RuleSet& rules,
-                           const LocalTile& local, TileSum& sum) {
-  const Extent x = extent_of_tile(local.x), y = extent_of_tile(local.y);
-  const Extent z = extent_of_magnitude(extent_of_tile(local.z));
-  if (!sum_box<T, lossy>(rectangle, loss, accuracy, rules, local, x, y, z, sum)) {
-    sum_edges_by_points(rectangle, loss, rules, local, sum);
+KESTO_INLINE void sum_batch(RectanglePart rectangle, Loss loss, const Accuracy& accuracy, RuleSet& rules,
+                            const LocalBatch& local, TileSum (&sums)[batch_tiles]) {
+  PartBoxes boxes[batch_tiles];
+  PartChoice choices[batch_tiles];
+  for (int first = 0; first < local.size; first += tile_size) {
+    const Extent z = extent_of_magnitude(extent_of_tile(local.z + first));
+    fill_boxes(rectangle, extent_of_tile(local.x + first), extent_of_tile(local.y + first), z,
+               boxes[first / tile_size]);
+  }
+  for (int tile = 0; tile * tile_size < local.size; ++tile) {
+    choose_for_parts<T>(loss, boxes[tile], accuracy, choices[tile]);
+  }
+  for (int first = 0; first < local.size; first += tile_size) {
+    const int tile = first / tile_size;
+    TileSum& sum = sums[tile];
+    for (int i = 0; i < tile_size; ++i) sum.distance[i] = __builtin_fabs(local.z[first + i]);
+    if (!sum_tile<T, lossy>(rectangle, loss, accuracy, rules, boxes[tile], choices[tile], local, first, sum)) {
+      sum_edges_by_points(rectangle, loss, rules, local, first, sum);
+    }
   }
 }
 

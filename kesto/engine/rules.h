@@ -29,7 +29,7 @@ class Rules {
     return (n + step - 1) / step * step;
   }
 
-  // `level` as level_of gives it.
+  // `level` as level_of gives it. Sixteen numbers may be read from any node on.
   RuleView<double> of(int level, double) {
     const int at = start(level);
     return {level, node_.data() + at, weight_.data() + at};

@@ -15,8 +15,14 @@
 
 namespace kesto {
 
-struct LocalTile {
-  alignas(64) double x[tile_size], y[tile_size], z[tile_size];
+// Some tiles under way at once: what chooses rules waits for itself otherwise.
+constexpr int batch_tiles = 4, batch_size = batch_tiles * tile_size;
+
+using BatchArray = double[batch_size];
+
+struct LocalBatch {
+  int size;  // a multiple of tile_size
+  alignas(64) BatchArray x, y, z;
 };
 
 struct Loss {
@@ -93,14 +99,6 @@ class TermSum {
   V minus_loss_, squares_ = {}, products_ = {}, decay_ = {};
 };
 
-template <class Real>
-struct alignas(64) TileArray {
-  Real at[tile_size];
-  KESTO_INLINE void set(const double (&values)[tile_size]) {
-    for (int i = 0; i < tile_size; ++i) at[i] = static_cast<Real>(values[i]);
-  }
-};
-
 // Midpoint rules of the even, periodic integrands of rims. For any t up to the nearest singularity the rule of N nodes
 // is off by no more than 2 M e^{growth} / (e^{2Nt} - 1), growth = kappa sinh t: X = log(2/eps) + log M + growth.
 template <class S>
@@ -109,33 +107,34 @@ struct MidpointNeed {
 
   KESTO_INLINE typename S::V nodes() const {
     using V = typename S::V;
-    const V sum = x < 15.0f ? S::log(S::exp(S::min(x, S::of(15))) + 1.0f) : x;
-    return sum * S::reciprocal(t + t);
+    constexpr float square_of_2_log_2 = 1.93f;
+    const V log_of_1_plus = 0.5f * (x + S::rough_sqrt(x * x + square_of_2_log_2));  // no less than log(1 + e^x)
+    return log_of_1_plus * S::reciprocal(t + t);
   }
 };
 
 // t that makes N nearly smallest.
 template <class S>
 KESTO_INLINE typename S::V strip_of(float log_2_by_accuracy, typename S::V kappa, typename S::V limit) {
-  const typename S::V c = S::exp(S::log(3 * log_2_by_accuracy * S::reciprocal(kappa)) * (1.0f / 3));
+  const typename S::V c = S::rough_cube_root(3 * log_2_by_accuracy * S::reciprocal(kappa));
   return S::max(S::min(S::min(c * S::reciprocal(0.085f * c + 1.0f), limit), S::of(10)), S::of(1e-6f));
 }
 
-// What is decided for a tile of a rim.
+// What is decided for the points of a batch about a rim.
 struct RimChoice {
-  alignas(64) float nodes[tile_size], x[tile_size], t[tile_size], phase[tile_size];
+  alignas(64) float nodes[batch_size], x[batch_size], t[batch_size], phase[batch_size], size[batch_size];
 
-  // Of the tile: the level that serves every point; bits are set in `beyond` for those that ask for too much (or NaN).
-  template <class T>
-  KESTO_INLINE int level(unsigned& beyond) const {
+  // The level that serves every point of the tile from `first` on; bits are set in `beyond` for those that ask for too
+  // much (or NaN).
+  KESTO_INLINE int level(int first, unsigned& beyond) const {
     constexpr float limit = largest_level - 1;
-    const float most = largest_of_tile(nodes);
+    const float most = largest_of_tile(nodes + first);
     beyond = 0;
     if (most < limit) return Rules::level_of(static_cast<int>(most) + 1);
     float counted = 0;
     for (int i = 0; i < tile_size; ++i) {
-      if (nodes[i] < limit) {
-        counted = std::max(counted, nodes[i]);
+      if (nodes[first + i] < limit) {
+        counted = std::max(counted, nodes[first + i]);
       } else {
         beyond |= 1u << i;
       }
@@ -146,13 +145,13 @@ struct RimChoice {
 
 // The bound at the level used, for the points that it serves.
 template <class T>
-KESTO_INLINE float truncation_error(const RimChoice& choice, int level, const Accuracy& accuracy) {
+KESTO_INLINE float truncation_error(const RimChoice& choice, int first, int level, const Accuracy& accuracy) {
   using S = InSingle<T>;
   using V = typename S::V;
   alignas(64) float errors[tile_size];
   const float n2 = static_cast<float>(2 * level);
   for (int i = 0; i < tile_size; i += S::width) {
-    const V exponent = n2 * S::load(choice.t + i), x = S::load(choice.x + i);
+    const V exponent = n2 * S::load(choice.t + first + i), x = S::load(choice.x + first + i);
     const V error = S::exp(S::min(x - exponent, S::of(0))) * S::reciprocal(1.0f - S::exp(-exponent));
     S::store(errors + i, S::max(error, S::of(1e-7f)));  // exp carries rounding of this size
   }

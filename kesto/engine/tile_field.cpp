@@ -18,42 +18,52 @@ KESTO_INLINE Part part_of(const Job::Part& part) {
   if constexpr (std::is_same_v<Part, BowlPart>) return {part.size[0], part.size[1], part.size[2]};
 }
 
-KESTO_INLINE void to_local(const Tile& tile, const PlacedElement& element, LocalTile& local) {
+template <class T>
+KESTO_INLINE void to_local(const Tile* tiles, int count, const PlacedElement& element, LocalBatch& local) {
   const auto& axes = element.axes;
-  for (int i = 0; i < tile_size; ++i) {
-    const double x = tile.x[i] - element.centre[0], y = tile.y[i] - element.centre[1],
-                 z = tile.z[i] - element.centre[2];
-    local.x[i] = axes[0][0] * x + axes[0][1] * y + axes[0][2] * z;
-    local.y[i] = axes[1][0] * x + axes[1][1] * y + axes[1][2] * z;
-    local.z[i] = axes[2][0] * x + axes[2][1] * y + axes[2][2] * z;
+  local.size = count * tile_size;
+  for (int i = 0; i < local.size; i += T::width) {
+    const Tile& tile = tiles[i / tile_size];
+    const int at = i % tile_size;
+    const Double<T> x = load<T::width>(tile.x + at) - element.centre[0];
+    const Double<T> y = load<T::width>(tile.y + at) - element.centre[1];
+    const Double<T> z = load<T::width>(tile.z + at) - element.centre[2];
+    store<T::width>(local.x + i, axes[0][0] * x + axes[0][1] * y + axes[0][2] * z);
+    store<T::width>(local.y + i, axes[1][0] * x + axes[1][1] * y + axes[1][2] * z);
+    store<T::width>(local.z + i, axes[2][0] * x + axes[2][1] * y + axes[2][2] * z);
   }
 }
 
 // 1 where the element is heard, else 0. Whether it is heard anywhere.
-template <class Part>
-KESTO_INLINE bool fill_audible(const Job& job, const LocalTile& p, double (&audible)[tile_size]) {
-  if (!job.silent_behind) {
-    for (int i = 0; i < tile_size; ++i) audible[i] = 1;
-    return true;
-  }
-  for (int i = 0; i < tile_size; ++i) {
-    if constexpr (std::is_same_v<Part, BowlPart>) {
-      const double z = p.z[i] - job.depth, r2 = p.x[i] * p.x[i] + p.y[i] * p.y[i];
-      const double beside = z < -job.rim_depth ? 0.0 : 1.0;
-      audible[i] = r2 + z * z > job.depth * job.depth ? beside : 1.0;
-    } else {
-      audible[i] = p.z[i] < 0 ? 0.0 : 1.0;
+template <class Part, class T>
+KESTO_INLINE bool fill_audible(const Job& job, const LocalBatch& p, BatchArray& audible) {
+  const Double<T> one = broadcast<T>(1), zero = {};
+  Double<T> any = {};
+  for (int i = 0; i < p.size; i += T::width) {
+    const Double<T> z = load<T::width>(p.z + i) - (std::is_same_v<Part, BowlPart> ? job.depth : 0);
+    Double<T> heard = one;
+    if (job.silent_behind) {
+      if constexpr (std::is_same_v<Part, BowlPart>) {
+        const Double<T> x = load<T::width>(p.x + i), y = load<T::width>(p.y + i);
+        const Double<T> within = job.depth * job.depth - (x * x + y * y + z * z),
+                        beside = z < -job.rim_depth ? zero : one;
+        heard = within < 0.0 ? beside : one;
+      } else {
+        heard = z < 0.0 ? zero : one;
+      }
     }
+    store<T::width>(audible + i, heard);
+    any += heard;
   }
-  Double<Baseline> any = load<2>(audible);
-  for (int i = 2; i < tile_size; i += 2) any += load<2>(audible + i);
-  return any[0] + any[1] > 0;
+  double sum = 0;
+  for (int lane = 0; lane < T::width; ++lane) sum += any[lane];
+  return sum > 0;
 }
 
 // Adds weight E(d) G.
 template <class T, bool lossy>
 KESTO_INLINE void superpose(const Job& job, const TileSum& sum, double weight_re, double weight_im,
-                            const double (&audible)[tile_size], TileResult& result) {
+                            const double* audible, TileResult& result) {
   for (int i = 0; i < tile_size; i += T::width) {
     const Double<T> d = load<T::width>(sum.distance + i), re = load<T::width>(sum.re + i);
     const Double<T> im = load<T::width>(sum.im + i), heard = load<T::width>(audible + i);
@@ -85,41 +95,51 @@ KESTO_INLINE double reach_of(const Tile& tile) {
 }
 
 template <class Part, class T, bool lossy>
-KESTO_INLINE void add_fields(const Job& job, RuleSet& rules, const Tile& tile, TileResult& result) {
-  result = {};
-  const double reach = job.k * reach_of(tile) + job.parts[0].size[0] + job.parts[0].size[1];
+KESTO_INLINE void add_fields(const Job& job, RuleSet& rules, const Tile* tiles, int count, TileResult* results) {
+  double reach = 0;
+  for (int t = 0; t < count; ++t) {
+    results[t] = {};
+    reach = std::max(reach, reach_of(tiles[t]));
+  }
+  reach = job.k * reach + job.parts[0].size[0] + job.parts[0].size[1];
   for (std::size_t e = 0; e < job.element_count; ++e) {
     const PlacedElement& element = job.elements[e];
-    LocalTile local;
-    to_local(tile, element, local);
-    alignas(64) double audible[tile_size];
-    if (!fill_audible<Part>(job, local, audible)) continue;
+    LocalBatch local;
+    to_local<T>(tiles, count, element, local);
+    alignas(64) BatchArray audible;
+    if (!fill_audible<Part, T>(job, local, audible)) continue;
     // Of places, and so of phases; and of the last steps.
     const double rounding = unit_roundoff * (8 * (reach + element.centre_sum) + 20);
     for (int part = 0; part < job.part_count; ++part) {
       const double sign = job.parts[part].sign;
-      TileSum sum;
-      sum_tile<T, lossy>(part_of<Part>(job.parts[part]), job.loss, job.accuracy, rules, local, sum);
-      superpose<T, lossy>(job, sum, sign * element.re, sign * element.im, audible, result);
-      result.error += element.magnitude * (static_cast<double>(sum.error) + rounding * static_cast<double>(sum.size));
-      result.terms += sum.terms * tile.count + sum.graded_terms;
-      result.terms_in_single_precision += sum.terms_in_single_precision * tile.count;
-      result.graded_points += sum.graded_points;
+      TileSum sums[batch_tiles];
+      sum_batch<T, lossy>(part_of<Part>(job.parts[part]), job.loss, job.accuracy, rules, local, sums);
+      for (int t = 0; t < count; ++t) {
+        const TileSum& sum = sums[t];
+        TileResult& result = results[t];
+        superpose<T, lossy>(job, sum, sign * element.re, sign * element.im, audible + t * tile_size, result);
+        result.error += element.magnitude * (static_cast<double>(sum.error) + rounding * static_cast<double>(sum.size));
+        result.terms += sum.terms * tiles[t].count + sum.graded_terms;
+        result.terms_in_single_precision += sum.terms_in_single_precision * tiles[t].count;
+        result.graded_points += sum.graded_points;
+      }
     }
   }
 }
 
 template <class Part, bool lossy>
 struct OutermostTile {
-  static void baseline(const Job& job, RuleSet& rules, const Tile& tile, TileResult& result) {
-    add_fields<Part, Baseline, lossy>(job, rules, tile, result);
+  static void baseline(const Job& job, RuleSet& rules, const Tile* tiles, int count, TileResult* results) {
+    add_fields<Part, Baseline, lossy>(job, rules, tiles, count, results);
   }
 #if KESTO_X86_64
-  KESTO_TARGET_AVX2_FMA static void avx2(const Job& job, RuleSet& rules, const Tile& tile, TileResult& result) {
-    add_fields<Part, Avx2Fma, lossy>(job, rules, tile, result);
+  KESTO_TARGET_AVX2_FMA static void avx2(const Job& job, RuleSet& rules, const Tile* tiles, int count,
+                                         TileResult* results) {
+    add_fields<Part, Avx2Fma, lossy>(job, rules, tiles, count, results);
   }
-  KESTO_TARGET_AVX512 static void avx512(const Job& job, RuleSet& rules, const Tile& tile, TileResult& result) {
-    add_fields<Part, Avx512, lossy>(job, rules, tile, result);
+  KESTO_TARGET_AVX512 static void avx512(const Job& job, RuleSet& rules, const Tile* tiles, int count,
+                                         TileResult* results) {
+    add_fields<Part, Avx512, lossy>(job, rules, tiles, count, results);
   }
 #endif
 };

@@ -41,8 +41,8 @@ struct TileResult {
   double terms, terms_in_single_precision, graded_points;
 };
 
-// Overwrites the result.
-using TileField = void (*)(const Job& job, RuleSet& rules, const Tile& tile, TileResult& result);
+// Overwrites the results of `count` tiles, up to batch_tiles.
+using TileField = void (*)(const Job& job, RuleSet& rules, const Tile* tiles, int count, TileResult* results);
 TileField tile_field_of(const Job& job, VectorTarget target);
 
 }  // namespace kesto
