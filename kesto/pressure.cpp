@@ -101,9 +101,9 @@ std::ostream& operator<<(std::ostream& out, const Field& field) {
       if (std::abs(values[i]) > std::abs(values[peak])) peak = i;
     }
     const Point p = field.grid.point(peak);
-    out << text_of("%g MHz: up to %.5g Pa, at (%g, %g, %g) mm; no value is off by more than %.1g Pa\n",
+    out << text_of("%g MHz: up to %.5g Pa, at (%g, %g, %g) mm; no value is off by more than %s Pa\n",
                    field.frequencies[f] / 1e6, std::abs(values[peak]), 1e3 * p.x, 1e3 * p.y, 1e3 * p.z,
-                   field.errors[f]);
+                   one_digit(field.errors[f]).c_str());
     if (f == 9 && field.frequencies.size() > 10) return out << "...\n";
   }
   return out;

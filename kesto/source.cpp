@@ -319,8 +319,10 @@ std::ostream& operator<<(std::ostream& out, const Shape& s) {
 std::ostream& operator<<(std::ostream& out, const Source& source) {
   const std::vector<Element>& elements = source.elements;
   if (elements.empty()) return out << "no elements";
+  double largest = 0;
+  for (const Element& e : elements) largest = std::max(largest, std::fabs(e.velocity));
   if (elements.size() > 1) out << elements.size() << " elements, the first a ";
-  out << elements.front().shape << text_of(", %g m/s", elements.front().velocity);
+  out << elements.front().shape << text_of(elements.size() > 1 ? ", up to %g m/s" : ", %g m/s", largest);
   return out;
 }
 

@@ -29,6 +29,12 @@ std::string text_of(const char* format, ...) {
   return text;
 }
 
+std::string one_digit(double bound) {
+  if (!(bound > 0 && std::isfinite(bound))) return text_of("%g", bound);
+  const double digit = std::pow(10, std::floor(std::log10(bound)));
+  return text_of("%g", std::ceil(bound / digit) * digit);
+}
+
 void refuse(const std::string& text) { fail(text.c_str()); }
 
 void Checks::warn_once(const std::string& key, const std::string& text) {

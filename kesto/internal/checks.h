@@ -9,6 +9,8 @@ namespace kesto {
 
 // printf into a string.
 std::string text_of(const char* format, ...) __attribute__((format(printf, 1, 2)));
+// A bound in one digit, rounded up.
+std::string one_digit(double bound);
 [[noreturn]] void refuse(const std::string& text);
 
 // A quantity's limits: beyond [least, most] is an error, beyond [usual_least, usual_most] is a warning.
