@@ -56,21 +56,24 @@ Job job_of(const Face& face, const FieldRequest& request) {
   job.kind = face.kind;
   job.silent_behind = request.behind == Behind::silent;
   const double outer = job.k * face.outer, inner = job.k * face.inner, d = job.k * face.curvature;
-  const auto rim_depth = [&](double a) { return d > a ? std::sqrt((d - a) * (d + a)) : 0; };
+  const auto rim_depth = [&](double a) {  // the difference of lengths as given is exact where it is small
+    return face.curvature > a ? job.k * std::sqrt((face.curvature - a) * (face.curvature + a)) : 0;
+  };
   job.depth = d;
-  job.rim_depth = rim_depth(outer);
+  job.rim_depth = rim_depth(face.outer);
   require(request.medium.attenuation * (2 * face.curvature + face.outer) < most_nepers,
           "The medium leaves nothing of a wave across the element.\n");
   if (face.kind == Face::Kind::rectangle) {
     job.parts[0] = {{outer, inner, 0}, 1};
     job.part_count = 1;
   } else {
-    job.parts[0] = {{outer, d, rim_depth(outer)}, 1};
-    job.parts[1] = {{inner, d, rim_depth(inner)}, -1};
+    job.parts[0] = {{outer, d, rim_depth(face.outer)}, 1};
+    job.parts[1] = {{inner, d, rim_depth(face.inner)}, -1};
     job.part_count = inner > 0 ? 2 : 1;
   }
   // Coarser than the plane wave itself is not asked for.
-  job.accuracy = accuracy_of(std::min(request.accuracy, 1.0) / job.part_count);
+  job.accuracy =
+      accuracy_of(std::min(request.accuracy, 1.0) / job.part_count, 2 * request.medium.attenuation * face.curvature);
   return job;
 }
 
