@@ -95,7 +95,14 @@ FieldCost add_field(const Face& face, const FieldElement* elements, std::size_t 
   TileResult results[batch_tiles];
   for (std::size_t first = 0; first < order.size(); first += batch_tiles) {
     const int count = static_cast<int>(std::min<std::size_t>(batch_tiles, order.size() - first));
-    for (int t = 0; t < count; ++t) order.fetch(first + static_cast<std::size_t>(t), tiles[t]);
+    for (int t = 0; t < count; ++t) {
+      order.fetch(first + static_cast<std::size_t>(t), tiles[t]);
+      if (points.is_box) continue;
+      for (int i = 0; i < tiles[t].count; ++i) {  // random access, while the batch is computed
+        __builtin_prefetch(output.re + tiles[t].index[i], 1);
+        __builtin_prefetch(output.im + tiles[t].index[i], 1);
+      }
+    }
     field(job, rules, tiles, count, results);
     for (int t = 0; t < count; ++t) {
       const Tile& tile = tiles[t];
