@@ -114,7 +114,7 @@ FieldCost add_field(const Face& face, const FieldElement* elements, std::size_t 
       if (output.error != nullptr) {
         for (int i = 0; i < tile.count; ++i) output.error[tile.index[i]] += result.error;
       }
-      cost.error = std::max(cost.error, result.error);
+      if (!(result.error <= cost.error)) cost.error = result.error;  // a NaN, too
       cost.terms += result.terms;
       cost.terms_in_single_precision += result.terms_in_single_precision;
       cost.points_on_graded_panels += result.graded_points;
