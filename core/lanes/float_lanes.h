@@ -81,7 +81,8 @@ struct InDouble {
     const SinCos<T> both = kesto::sincos<T>(angle);
     sine = both.sin, cosine = both.cos;
   }
-  // e^x - 1 with a small relative error, |x| <= exp_range.
+  // e^x - 1 with a small relative error.
+  static constexpr double exp_minus_1_range = exp_range;  // |x| up to here
   KESTO_INLINE static V exp_minus_1(V x) {
     const ReducedExp<T> reduced = reduce_exp<T>(x);
     const V r2 = reduced.r * reduced.r;
@@ -184,7 +185,8 @@ struct InSingle {
     sine = r * multiply_add(r2, s, of(0.5f));
     cosine = multiply_add(r4, c, multiply_add(r2, of(-0.125f), of(1.0f)));
   }
-  // e^x - 1, relative error 3e-7, |x| <= 80.
+  // e^x - 1, relative error 3e-7.
+  static constexpr float exp_minus_1_range = 80;  // |x| up to here
   KESTO_INLINE static V exp_minus_1(V x) {
     constexpr float log2_e = 0x1.715476p+0f, magic = 0x1.8p23f;
     const V rounded = multiply_add(x, of(log2_e), of(magic)), minus_n = magic - rounded;

@@ -56,21 +56,24 @@ Job job_of(const Face& face, const FieldRequest& request) {
   job.kind = face.kind;
   job.silent_behind = request.behind == Behind::silent;
   const double outer = job.k * face.outer, inner = job.k * face.inner, d = job.k * face.curvature;
-  const auto rim_depth = [&](double a) { return d > a ? std::sqrt((d - a) * (d + a)) : 0; };
+  const auto rim_depth = [&](double a) {  // the difference of lengths as given is exact where it is small
+    return face.curvature > a ? job.k * std::sqrt((face.curvature - a) * (face.curvature + a)) : 0;
+  };
   job.depth = d;
-  job.rim_depth = rim_depth(outer);
+  job.rim_depth = rim_depth(face.outer);
   require(request.medium.attenuation * (2 * face.curvature + face.outer) < most_nepers,
           "The medium leaves nothing of a wave across the element.\n");
   if (face.kind == Face::Kind::rectangle) {
     job.parts[0] = {{outer, inner, 0}, 1};
     job.part_count = 1;
   } else {
-    job.parts[0] = {{outer, d, rim_depth(outer)}, 1};
-    job.parts[1] = {{inner, d, rim_depth(inner)}, -1};
+    job.parts[0] = {{outer, d, rim_depth(face.outer)}, 1};
+    job.parts[1] = {{inner, d, rim_depth(face.inner)}, -1};
     job.part_count = inner > 0 ? 2 : 1;
   }
   // Coarser than the plane wave itself is not asked for.
-  job.accuracy = accuracy_of(std::min(request.accuracy, 1.0) / job.part_count);
+  job.accuracy =
+      accuracy_of(std::min(request.accuracy, 1.0) / job.part_count, 2 * request.medium.attenuation * face.curvature);
   return job;
 }
 
@@ -92,7 +95,14 @@ FieldCost add_field(const Face& face, const FieldElement* elements, std::size_t 
   TileResult results[batch_tiles];
   for (std::size_t first = 0; first < order.size(); first += batch_tiles) {
     const int count = static_cast<int>(std::min<std::size_t>(batch_tiles, order.size() - first));
-    for (int t = 0; t < count; ++t) order.fetch(first + static_cast<std::size_t>(t), tiles[t]);
+    for (int t = 0; t < count; ++t) {
+      order.fetch(first + static_cast<std::size_t>(t), tiles[t]);
+      if (points.is_box) continue;
+      for (int i = 0; i < tiles[t].count; ++i) {  // random access, while the batch is computed
+        __builtin_prefetch(output.re + tiles[t].index[i], 1);
+        __builtin_prefetch(output.im + tiles[t].index[i], 1);
+      }
+    }
     field(job, rules, tiles, count, results);
     for (int t = 0; t < count; ++t) {
       const Tile& tile = tiles[t];
@@ -104,7 +114,7 @@ FieldCost add_field(const Face& face, const FieldElement* elements, std::size_t 
       if (output.error != nullptr) {
         for (int i = 0; i < tile.count; ++i) output.error[tile.index[i]] += result.error;
       }
-      cost.error = std::max(cost.error, result.error);
+      if (!(result.error <= cost.error)) cost.error = result.error;  // a NaN, too
       cost.terms += result.terms;
       cost.terms_in_single_precision += result.terms_in_single_precision;
       cost.points_on_graded_panels += result.graded_points;

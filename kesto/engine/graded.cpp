@@ -32,7 +32,8 @@ class Panels {
     const double middle = (u0 + u1) / 2, half = std::fabs(u1 - u0) / 2;
     const double along = (nearest_.re - middle) / half, across = nearest_.im / half;
     const double at = (std::hypot(along + 1, across) + std::hypot(along - 1, across)) / 2;
-    if ((at >= ellipse && rate_ * half <= longest_phase) || depth >= deepest || !(half > 0)) {
+    const bool too_long = at < ellipse || rate_ * half > longest_phase;  // not if anything is NaN
+    if (!too_long || depth >= deepest) {
       Complex sum;
       for (int j = 0; j < rule_.n; ++j) sum += rule_.weight[j] * integrand_(middle + (u1 - u0) / 2 * rule_.node[j]);
       terms_ += rule_.n;

@@ -35,6 +35,7 @@ struct Accuracy {
   double whole;
   double truncation;  // of the whole; the rest is for rounding in single precision
   float log_2_by_truncation;
+  bool allows_single;  // precision: no wave grows beyond its range
 };
 
 struct RuleSet {
@@ -53,9 +54,11 @@ struct TileSum {
 // The part of the accuracy that abscissas may use up.
 constexpr double share_of_truncation = 0.6;
 
-inline Accuracy accuracy_of(double whole) {
+// `growth`: the most that a wave has lost along the normal and another has not, Np.
+inline Accuracy accuracy_of(double whole, double growth) {
   const double truncation = share_of_truncation * whole;
-  return {whole, truncation, static_cast<float>(std::log(2 / truncation))};
+  return {whole, truncation, static_cast<float>(std::log(2 / truncation)),
+          growth < static_cast<double>(InSingle<Baseline>::exp_minus_1_range)};
 }
 
 // Largest of tile_size floats, no smaller than 0; beyond every limit if one is NaN.
@@ -81,7 +84,9 @@ class TermSum {
     V sine, cosine;
     P::unsigned_sincos_of_half(x, sine, cosine);
     if constexpr (lossy) {
-      const V decay = P::exp_minus_1(minus_loss_ * x);
+      const V exponent = minus_loss_ * x, most = P::of(P::exp_minus_1_range);
+      const V within = exponent > most ? most : exponent;
+      const V decay = P::exp_minus_1(within < -most ? -most : within);
       decay_ = P::multiply_add(coefficient, decay, decay_);
       coefficient = P::multiply_add(coefficient, decay, coefficient);
     }
@@ -167,7 +172,7 @@ KESTO_INLINE void add_rounding(TileSum& sum, int terms, float phase, float size,
   const float single = unit_roundoff_single * rounding;
   sum.size = std::min(phase, 2 * size);
   sum.terms += terms;
-  if (static_cast<double>(single) <= accuracy.whole - accuracy.truncation) {
+  if (accuracy.allows_single && static_cast<double>(single) <= accuracy.whole - accuracy.truncation) {
     sum.error += single;
     sum.terms_in_single_precision += terms;
     compute(InSingle<T>());
