@@ -7,4 +7,5 @@
 #include "kesto/impulse_response.h"
 #include "kesto/medium.h"
 #include "kesto/pressure.h"
+#include "kesto/pulse.h"
 #include "kesto/source.h"

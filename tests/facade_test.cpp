@@ -153,6 +153,43 @@ TEST(Facade, ImpulseResponsesKeepTheirAreaAndMakeTheField) {
   }
 }
 
+TEST(Facade, PulsesMeetTheClosedFormAndTheSpectrum) {
+  const double f0 = 1e6, c = 1500, a = 7.5e-3, z = 22e-3;
+  std::vector<double> saw;
+  for (int i = 0; i <= 60; ++i) saw.push_back(i % 60 == 0 ? 0 : std::sin(0.7 * i) * i * (60 - i) / 900.0);
+  const Signal signals[] = {tone_burst(f0, 5), hanning_burst(f0, 4e-6), t_cubed(f0, 4e6), samples(saw, 20e6)};
+  const std::vector<double> times = range(14e-6, 22e-6, 161);
+  for (const Signal& signal : signals) {
+    const auto v = [&](double t) { return t > 0 && t < signal.length ? signal.at(t) : 0; };
+    const Pulse p = pulse(Source(disc(a), 0.5), Grid::box(0, 0, z), lossless, signal, times, 1e-5);
+    EXPECT_LE(p.error, 1e-5 * p.scale) << signal.name;
+    for (std::size_t k = 0; k < times.size(); ++k) {
+      const double expected = 0.5 * 1.5e6 * (v(times[k] - z / c) - v(times[k] - std::hypot(a, z) / c));
+      EXPECT_NEAR(p.at(0, k), expected, 1e-5 * p.scale) << signal.name << " at " << times[k];
+    }
+  }
+  const Source sources[] = {Source(bowl_annulus(4e-3, 15e-3, 30e-3), 1), Source(rectangle(5e-3, 10e-3), 1),
+                            focus(linear_array(8, 1e-3, 0.8e-3, 6e-3), {3e-3, 0, 25e-3}, lossless)};
+  const Grid grid = Grid::list(std::vector<Point>{{0, 0, 30e-3}, {1e-3, 2e-3, 26e-3}, {6e-3, 1e-3, 9e-3}});
+  const std::vector<double> all = range(0, 40e-6, 2001);
+  const double step = all[1];
+  for (const Source& source : sources) {
+    const Pulse p = pulse(source, grid, lossless, signals[1], all, 1e-5);
+    for (const double f : {0.7e6, 1.2e6}) {
+      const Field field = pressure(source, grid, lossless, f, 1e-7);
+      Complex spectrum[3], of_signal;
+      for (std::size_t k = 0; k < all.size(); ++k) {
+        const Complex wave = step * std::exp(Complex(0, -full_turn * f * all[k]));
+        of_signal += wave * (all[k] < signals[1].length ? signals[1].at(all[k]) : 0);
+        for (std::size_t i = 0; i < 3; ++i) spectrum[i] += wave * p.at(i, k);
+      }
+      for (std::size_t i = 0; i < 3; ++i) {
+        EXPECT_LE(std::abs(spectrum[i] - of_signal * field[i]), 2e-5 * std::abs(of_signal) * field.scales[0]) << i;
+      }
+    }
+  }
+}
+
 TEST(Facade, ThreeThreadsGiveWhatOneGives) {
   const Grid box = Grid::box(range(-10e-3, 10e-3, 60), 0, range(0, 50e-3, 70));
   const auto field = [&](int n) {
@@ -261,6 +298,16 @@ TEST(Facade, WrongCallsAreTold) {
       {[&] { pressure(piston, axis, lossless, std::vector<double>()); }, "frequencies is empty"},
       {[&] { pressure(piston, axis, lossless, 1e6, 0); }, "accuracy is 0"},
       {[&] { pressure(piston, axis, lossless, 1e6, nan); }, "accuracy is nan"},
+      {[&] { pulse(piston, axis, lossy, hanning_burst(1e6, 3e-6), {1e-5}); },
+       "attenuation is 0.7 dB/(cm MHz^y): it takes"},
+      {[&] {
+         pulse(piston, axis, lossless, tone_burst(1e6, 3), {2e-6, 1e-6});
+       },
+       "times[1] is 1e-06: more than times[0]"},
+      {[] {
+         samples({0, 1, 1}, 1e6);
+       },
+       "values[2] is 1: 0 is expected at both ends"},
       {with_element([&](Element& e) { e.velocity = inf; }), "velocity is inf"},
       {with_element([](Element& e) { e.delay = 5; }), "delay is 5: 5 s? times are in seconds"},
       {with_element([](Element& e) { e.position.x = 300; }), "position is 300"},
