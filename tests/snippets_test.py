@@ -14,11 +14,13 @@ fence = re.compile(r"^```cpp\n(.*?)^```$(?:\n^```\n(.*?)^```$)?", re.M | re.S)
 programs = [(path, *match) for path in sorted([root / "README.md", *root.glob("docs/*.md")])
             for match in fence.findall(path.read_text())]
 folder.mkdir(parents=True, exist_ok=True)
-lines = ["cmake_minimum_required(VERSION 3.21)", "project(snippets LANGUAGES CXX)", "find_package(kesto REQUIRED)",
-         "link_libraries(kesto::field_core kesto::bioheat kesto::host)"]
+lines = ["cmake_minimum_required(VERSION 3.21)", "project(snippets LANGUAGES CXX)", "find_package(kesto REQUIRED)"]
 for n, (_, program, _) in enumerate(programs):
-    (folder / f"snippet{n}.cpp").write_text(program)
-    lines.append(f"add_executable(snippet{n} snippet{n}.cpp)")
+    stand_alone = '"kesto/' in program
+    guard = '#if __has_include("mex.h")\n#error "a MEX header is within reach"\n#endif\n' if stand_alone else ""
+    (folder / f"snippet{n}.cpp").write_text(guard + program)
+    libraries = "kesto::kesto" if stand_alone else "kesto::field_core kesto::bioheat kesto::host"
+    lines += [f"add_executable(snippet{n} snippet{n}.cpp)", f"target_link_libraries(snippet{n} PRIVATE {libraries})"]
 (folder / "CMakeLists.txt").write_text("\n".join(lines) + "\n")
 build = folder / "build"
 subprocess.run(["cmake", "-S", folder, "-B", build, f"-DCMAKE_PREFIX_PATH={prefix}", *options], check=True)

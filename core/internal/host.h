@@ -1,5 +1,5 @@
 // What the library asks of its surroundings: five functions. Inside a MEX module they are the host's
-// (core/internal/mex_host.cpp); a stand-alone program brings others.
+// (core/mex/host.cpp), in the stand-alone library those of kesto/internal/standalone_host.cpp.
 #pragma once
 
 #include <algorithm>
