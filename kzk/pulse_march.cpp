@@ -88,7 +88,7 @@ class PulseMarch {
   }
 
   void step() {
-    constexpr int damped_planes = 2;
+    constexpr int damped_planes = 4;
     const double z = plane_z(planes_), next = plane_z(planes_ + 1), before = planes_ > 0 ? plane_z(planes_ - 1) : z;
     const double length = planes_ > 0 ? plan_.step : 0.5 * plan_.step;
     for (int i = 0; i < run_ * lanes_; ++i) shift_[radial(i)] = shift_of(i * plan_.grid.dr, length);
