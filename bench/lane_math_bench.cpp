@@ -34,10 +34,13 @@ void lane_math(benchmark::State& state, Function function, kesto::VectorTarget t
   Data d;
   const auto ours = [&] {
     switch (function) {
-      case exponential: return kesto::exp_of_array(target, d.a.data(), d.ours[0].data(), n);
-      case sine_cosine: return kesto::sincos_of_array(target, d.b.data(), d.ours[0].data(), d.ours[1].data(), n);
+      case exponential: return kesto::apply_to_arrays<kesto::ExpOfArray>(target, {d.a.data()}, {d.ours[0].data()}, n);
+      case sine_cosine:
+        return kesto::apply_to_arrays<kesto::SincosOfArray>(target, {d.b.data()}, {d.ours[0].data(), d.ours[1].data()},
+                                                            n);
       case complex_exponential:
-        return kesto::complex_exp_of_array(target, d.a.data(), d.b.data(), d.ours[0].data(), d.ours[1].data(), n);
+        return kesto::apply_to_arrays<kesto::ComplexExpOfArray>(target, {d.a.data(), d.b.data()},
+                                                                {d.ours[0].data(), d.ours[1].data()}, n);
     }
   };
   const auto libm = [&] {

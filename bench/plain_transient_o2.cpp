@@ -30,6 +30,30 @@ PlainRays plain_cap_rays(double a, double d, double rho, double c, const std::ve
   return rays;
 }
 
+PlainRays plain_rectangle_rays(double a, double b, double rho, double c, const std::vector<double>& x,
+                               const std::vector<double>& w, const CartesianCoordinate& p) {
+  PlainRays rays = {{}, {}, p.z / c};
+  const auto add = [&](double weight, double d, double u) {
+    rays.weight.push_back(-rho * c / kesto::two_pi * weight * d / (d * d + u * u));
+    rays.delay.push_back(std::sqrt(p.z * p.z + d * d + u * u) / c);
+  };
+  const auto add_pair = [&](double half, double along, double near, double far) {
+    const double ends[] = {half + along, half - along};
+    for (std::size_t j = 0; j < x.size(); ++j) {
+      if (ends[0] > 0 && ends[1] > 0) {
+        for (const double end : ends) {
+          for (const double d : {near, far}) add(w[j] / 2 * end, d, (x[j] + 1) / 2 * end);
+        }
+      } else {
+        for (const double d : {near, far}) add(w[j] * half, d, x[j] * half + along);
+      }
+    }
+  };
+  add_pair(a, p.x, b - p.y, b + p.y);
+  add_pair(b, p.y, a - p.x, a + p.x);
+  return rays;
+}
+
 void plain_direct(const PlainRays& rays, const ExcitationFunction& v, double start, double step, int samples,
                   double* trace) {
   const auto [first, last] = std::minmax_element(rays.delay.begin(), rays.delay.end());

@@ -1,13 +1,14 @@
 // The transient fields beside the plain direct form at -O2, timed in turn within one run.
 //
-// Rows: form / shape / pulse / abscissas / sampling frequency / layout of the points / vector target. Counters:
-// microseconds a point, how many times faster than the plain direct form, and the largest difference from it over the
-// field's maximum.
+// Rows: form / shape / pulse, or the kept bins of a sampled one / abscissas / sampling frequency / layout of the points
+// / vector target. Counters: microseconds a point, how many times faster than the plain direct form, and the largest
+// difference from it over the field's maximum.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <memory>
 #include <numeric>
 #include <random>
 #include <string>
@@ -19,18 +20,22 @@
 #include "core/numerical_integration.h"
 #include "core/vector_target.h"
 #include "excitation/hanning_pulse.h"
+#include "excitation/sampled_signal.h"
 #include "excitation/tone_burst.h"
 #include "transducers/circular_transducer.h"
+#include "transducers/rectangular_transducer.h"
 #include "transducers/spherical_transducer.h"
 
 namespace {
 
-constexpr double rho = 1000, speed = 1500, radius = 8e-3, roc = 30e-3;
+constexpr double rho = 1000, speed = 1500, radius = 8e-3, roc = 30e-3, width = 14e-3, height = 9e-3;
 
 enum class Form { direct, decomposed };
-enum class Shape { disc, shell };
-enum class Pulse { hanning, tone };
+enum class Shape { disc, shell, rectangle };
+enum class Pulse { hanning, tone, sampled };
 enum class Layout { grid, rows, columns, list };
+constexpr const char* shape_names[] = {"disc", "shell", "rectangle"};
+constexpr const char* pulse_names[] = {"hanning", "tone", "sampled"};
 constexpr const char* layout_names[] = {"grid", "rows", "columns", "list"};
 
 struct Row {
@@ -41,6 +46,7 @@ struct Row {
   double sampling;  // Hz
   Layout layout;
   kesto::VectorTarget target;
+  int bins = 0;  // of a sampled pulse, all of them kept
 };
 
 struct Scene {
@@ -72,6 +78,19 @@ Scene fill(CoordinateGrid& grid, Layout layout, double sampling) {
   return {3e-6, 0, 959 / sampling};
 }
 
+// Something of the Hanning pulse and a little of every frequency, in samples enough for the bins.
+std::unique_ptr<SampledSignal> sampled_pulse(const Row& row, const HanningPulse& pulse) {
+  if (row.pulse != Pulse::sampled) return nullptr;
+  const int n = 2 * row.bins - 1;
+  std::mt19937 random(5);
+  std::vector<double> samples;
+  for (int i = 0; i < n; ++i) {
+    samples.push_back(pulse.at(pulse.pulse_width * i / (n - 1)) +
+                      std::uniform_real_distribution<>(-0.01, 0.01)(random));
+  }
+  return std::make_unique<SampledSignal>(samples.data(), n, pulse.pulse_width, 0);
+}
+
 void transient(benchmark::State& state, Row row) {
   setenv("KESTO_VECTOR_TARGET", kesto::name_of(row.target), 1);
   Medium medium;
@@ -88,10 +107,15 @@ void transient(benchmark::State& state, Row row) {
   const std::vector<double> w(rule.weight, rule.weight + row.abscissas);
   HanningPulse hanning(1, 2e6, scene.pulse_width, 0, 2);
   ToneBurst tone(1, 2e6, scene.pulse_width, 0, 1);
-  ExcitationFunction* const pulse = row.pulse == Pulse::hanning ? static_cast<ExcitationFunction*>(&hanning) : &tone;
+  const std::unique_ptr<SampledSignal> sampled = sampled_pulse(row, hanning);
+  ExcitationFunction* const pulse = sampled                       ? static_cast<ExcitationFunction*>(sampled.get())
+                                    : row.pulse == Pulse::hanning ? static_cast<ExcitationFunction*>(&hanning)
+                                                                  : &tone;
   CircularTransducer disc(radius, 1, 0);
   SphericalTransducer shell(radius, roc, 1, 0);
-  Transducer& element = row.shape == Shape::disc ? static_cast<Transducer&>(disc) : shell;
+  RectangularTransducer rectangle(width, height, 1, 0);
+  Transducer* const elements[] = {&disc, &shell, &rectangle};
+  Transducer& element = *elements[static_cast<int>(row.shape)];
   element.excitation = pulse;
   element.set_medium(&medium), element.set_global_coordinate_grid(&grid), element.set_integral_pointer(&rule);
   element.set_time_vector(&time);
@@ -104,7 +128,9 @@ void transient(benchmark::State& state, Row row) {
       for (std::size_t i = 0; i < points; ++i) {
         const CartesianCoordinate p = grid.spatial_index_value(static_cast<int>(i));
         const PlainRays rays = row.shape == Shape::disc ? plain_disc_rays(radius, rho, speed, x, w, p)
-                                                        : plain_cap_rays(radius, roc, rho, speed, x, w, p);
+                               : row.shape == Shape::shell
+                                   ? plain_cap_rays(radius, roc, rho, speed, x, w, p)
+                                   : plain_rectangle_rays(width / 2, height / 2, rho, speed, x, w, p);
         plain_direct(rays, *pulse, time.time_index_value(0), 1 / row.sampling, time.nt, plain[i].data());
       }
     });
@@ -130,12 +156,16 @@ void transient(benchmark::State& state, Row row) {
 }
 
 void add_row(const Row& row) {
-  const std::string name = std::string(row.form == Form::direct ? "direct" : "decomposed") +
-                           (row.shape == Shape::disc ? "/disc" : "/shell") +
-                           (row.pulse == Pulse::hanning ? "/hanning/" : "/tone/") + std::to_string(row.abscissas) +
-                           "/" + std::to_string(static_cast<int>(row.sampling / 1e6)) + "MHz/" +
+  const std::string name = std::string(row.form == Form::direct ? "direct/" : "decomposed/") +
+                           shape_names[static_cast<int>(row.shape)] + "/" + pulse_names[static_cast<int>(row.pulse)] +
+                           (row.bins > 0 ? std::to_string(row.bins) : "") + "/" + std::to_string(row.abscissas) + "/" +
+                           std::to_string(static_cast<int>(row.sampling / 1e6)) + "MHz/" +
                            layout_names[static_cast<int>(row.layout)] + "/" + name_of(row.target);
-  benchmark::RegisterBenchmark(name.c_str(), transient, row)->UseManualTime()->Iterations(5);
+  benchmark::RegisterBenchmark(name.c_str(), transient, row)
+      ->UseManualTime()
+      ->Iterations(row.bins > 64  ? 1
+                   : row.bins > 0 ? 3
+                                  : 5);
 }
 
 }  // namespace
@@ -144,7 +174,7 @@ int main(int argc, char** argv) {
   for (const kesto::VectorTarget target : kesto::all_vector_targets) {
     if (!kesto::is_available(target)) continue;
     for (const Form form : {Form::direct, Form::decomposed}) {
-      for (const Shape shape : {Shape::disc, Shape::shell}) {
+      for (const Shape shape : {Shape::disc, Shape::shell, Shape::rectangle}) {
         for (const Pulse pulse : {Pulse::hanning, Pulse::tone}) {
           for (const int n : {16, 50}) {
             for (const double sampling : {16e6, 64e6}) add_row({form, shape, pulse, n, sampling, Layout::grid, target});
@@ -153,6 +183,8 @@ int main(int argc, char** argv) {
         for (const Layout layout : {Layout::rows, Layout::columns, Layout::list}) {
           add_row({form, shape, Pulse::hanning, 50, 16e6, layout, target});
         }
+        for (const int bins : {8, 64, 512})
+          add_row({form, shape, Pulse::sampled, 16, 16e6, Layout::grid, target, bins});
       }
     }
   }

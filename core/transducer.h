@@ -57,7 +57,8 @@ class Transducer {
   virtual int get_piston_apodization_index() const;
 
   virtual void set_global_coordinate_grid(CoordinateGrid* grid);
-  // Used as its owner left it, on [-1, 1] as a rule; discs and annuli remap it to [0, pi], radiator_cw resizes it.
+  // Used as its owner left it, and expected on [-1, 1]. Discs and flat annuli fill it anew with the Gauss rule on [0,
+  // pi] and leave it so, whatever it was; radiator_cw changes its number of nodes.
   virtual void set_integral_pointer(NumericalIntegration* rule);
   virtual void set_medium(Medium* properties);
   virtual void set_time_vector(TimeSamples* samples);

@@ -3,8 +3,11 @@
 
 #include <complex>
 
+#include "core/mx_array.h"
 #include "core/time_samples.h"
 #include "core/vector_math.h"
+
+class ExcitationVector;
 
 // The interface, and the record that all signals share.
 //
@@ -21,6 +24,12 @@ class ExcitationFunction {
  public:
   ExcitationFunction() = default;
   ExcitationFunction(double amplitude, double frequency, double width, double decay, int type_code);
+
+  // The signals of an array of elements from the structure of set_excitation_function.m: "signal", with one row for all
+  // elements or one to an element; "type"; for sampled signals "pulse_width" and "clip_threshold". Types: 1 tone burst,
+  // 2 Hanning pulse, 3 t-cubed pulse, whose rows hold A0, f0, W, B; 4 sampled signal, whose rows hold the samples. The
+  // result owns the signals (excitation/excitation_vector.h).
+  static ExcitationVector excitation_vector(const mxArray** structure, int elements);
 
   virtual void spatial_tsd(double* out, double const& d);
   virtual void spatial_tsd(float* out, float const& d);  // single precision follows from double

@@ -23,6 +23,13 @@ Laned laned_for(const ExcitationFunction& signal, const TimeAxis& axis) {
   });
 }
 
+constexpr int rays_at_a_time = 4;
+
+bool is_interpolated(const ExcitationFunction& signal) {
+  const auto* const sampled = dynamic_cast<const SampledSignal*>(&signal);
+  return sampled != nullptr && InterpolatedSignal::serves(*sampled);
+}
+
 std::size_t differences_of(Span time_block, int terms) {
   const int samples = std::min(samples_of_stretch, time_block.last - time_block.first);
   return static_cast<std::size_t>(samples) * static_cast<std::size_t>(terms * RayBlock::capacity);
@@ -30,13 +37,16 @@ std::size_t differences_of(Span time_block, int terms) {
 
 }  // namespace
 
-int samples_of_time_block(int samples, int terms) {
+int samples_of_time_block(int samples, const ExcitationFunction& signal) {
+  if (is_interpolated(signal)) return std::max(samples, 1);
   constexpr int doubles = (32 << 20) / static_cast<int>(sizeof(double));
   const int traces = RayBlock::capacity + 1, complex_parts = 4;  // the complex terms, and their two real ones each
-  return std::clamp(doubles / (complex_parts * std::max(terms, 1) + traces), 1, std::max(samples, 1));
+  const int terms = std::max(signal.number_of_tsd_terms(), 1);
+  return std::clamp(doubles / (complex_parts * terms + traces), 1, std::max(samples, 1));
 }
 
-Decomposition::Decomposition(Transducer& element, const TimeAxis& axis, Span time_block, DecompositionForm form)
+Decomposition::Decomposition(Transducer& element, const TimeAxis& axis, Span time_block, DecompositionForm form,
+                             const DecompositionArrays* given)
     : element_(element),
       signal_(*element.excitation),
       axis_(axis),
@@ -44,12 +54,22 @@ Decomposition::Decomposition(Transducer& element, const TimeAxis& axis, Span tim
       form_(form),
       laned_(laned_for(signal_, axis)),
       complex_(form.terms == DecompositionForm::Terms::through_complex && laned_ == nullptr),
-      terms_(signal_.number_of_tsd_terms() * (complex_ ? 2 : 1)),
-      temporal_(table_size()),
+      terms_(is_interpolated(signal_) ? 0 : signal_.number_of_tsd_terms() * (complex_ ? 2 : 1)),
+      own_(given != nullptr ? 0 : table_size() + rays_at_a_time * static_cast<std::size_t>(terms_) + length()),
       differences_(laned_ != nullptr ? differences_of(time_block, terms_) : 0),
-      spatial_(terms_),
       complex_spatial_(complex_ ? terms_ / 2 : 0),
-      traces_(laned_ != nullptr ? 0 : time_block.last - time_block.first) {
+      traces_(is_interpolated(signal_) ? axis.samples : 0) {
+  if (is_interpolated(signal_)) {
+    interpolated_.emplace(signal_, SignalForm::value, axis, DelayOrder::travel_time_first);
+    return;
+  }
+  if (given != nullptr) {
+    arrays_ = *given;
+  } else {
+    arrays_.temporal = own_.data();
+    for (int ray = 0; ray < rays_at_a_time; ++ray) arrays_.spatial[ray] = own_.data() + table_size() + ray * terms_;
+    arrays_.trace = own_.data() + table_size() + rays_at_a_time * terms_;
+  }
   fill_temporal();
   if (laned_ != nullptr) std::fill_n(differences_.data(), differences_of(time_block, terms_), 0.0);
 }
@@ -68,7 +88,7 @@ void Decomposition::fill_temporal() {
     times = &times_of_block;
   }
   if (!complex_) {
-    signal_.temporal_tsd(temporal_.data(), times, samples, axis_.time_delay);
+    signal_.temporal_tsd(arrays_.temporal, times, samples, axis_.time_delay);
     return;
   }
   // Re(s T) = Re s Re T + Im s (-Im T): a complex term is two real ones.
@@ -76,12 +96,14 @@ void Decomposition::fill_temporal() {
   const ScratchArray<std::complex<double>> complex_terms(half);
   signal_.temporal_tsd(complex_terms.data(), times, samples, axis_.time_delay);
   for (std::size_t i = 0; i < half; ++i) {
-    temporal_[i] = complex_terms[i].real();
-    temporal_[half + i] = -complex_terms[i].imag();
+    arrays_.temporal[i] = complex_terms[i].real();
+    arrays_.temporal[half + i] = -complex_terms[i].imag();
   }
 }
 
 void Decomposition::superpose(const RayBlock& block) {
+  if (block.rays == 0) return;  // a rule without nodes
+  if (interpolated_) return superpose_interpolated(block);
   laned_ != nullptr ? superpose_in_lanes(block) : superpose_ray_by_ray(block);
 }
 
@@ -93,7 +115,7 @@ void Decomposition::superpose(int i, const DelayedSlope& slope) {
 void Decomposition::superpose_in_lanes(const RayBlock& block) {
   DecompositionArguments d;
   d.block = &block;
-  d.times = axis_.times.data(), d.temporal = temporal_.data();
+  d.times = axis_.times.data(), d.temporal = arrays_.temporal;
   d.time_block = time_block_, d.samples = axis_.samples;
   d.start = axis_.start, d.per_sample = axis_.per_sample, d.time_delay = axis_.time_delay;
   d.pulse_width = pulse_width(), d.amplitude = element_.amplitude;
@@ -104,22 +126,27 @@ void Decomposition::superpose_in_lanes(const RayBlock& block) {
   laned_(signal_, d);
 }
 
-void Decomposition::add_ray(double weight, double delay, double* trace) {
-  if (!complex_) {
-    signal_.spatial_tsd(spatial_.data(), delay);
-  } else {
-    const int half = terms_ / 2;
-    signal_.spatial_tsd(complex_spatial_.data(), delay);
-    for (int m = 0; m < half; ++m) {
-      spatial_[m] = complex_spatial_[m].real();
-      spatial_[half + m] = complex_spatial_[m].imag();
-    }
+double Decomposition::weighted(double sample) const {
+  const double v = sample * element_.amplitude;
+  return form_.samples == DecompositionForm::Samples::rounded_to_float ? static_cast<double>(static_cast<float>(v)) : v;
+}
+
+void Decomposition::fill_spatial(double delay, double* spatial) {
+  if (!complex_) return signal_.spatial_tsd(spatial, delay);
+  const int half = terms_ / 2;
+  signal_.spatial_tsd(complex_spatial_.data(), delay);
+  for (int m = 0; m < half; ++m) {
+    spatial[m] = complex_spatial_[m].real();
+    spatial[half + m] = complex_spatial_[m].imag();
   }
+}
+
+void Decomposition::add_ray(double weight, double delay, const double* spatial, double* trace) const {
   const Span span = intersection_of(axis_.within_pulse(delay, pulse_width()), time_block_);
   const std::ptrdiff_t samples = time_block_.last - time_block_.first;
   for (int k = span.first - time_block_.first; k < span.last - time_block_.first; ++k) {
     double v = 0;
-    for (int m = 0; m < terms_; ++m) v += spatial_[m] * weight * temporal_[samples * m + k];
+    for (int m = 0; m < terms_; ++m) v += spatial[m] * weight * arrays_.temporal[samples * m + k];
     trace[k] += v;
   }
 }
@@ -131,27 +158,52 @@ Span Decomposition::of_reference(const RayBlock& block, int p) const {
   return intersection_of(span, time_block_);
 }
 
-void Decomposition::superpose_ray_by_ray(const RayBlock& block) {
-  const Span all = {0, time_block_.last - time_block_.first};
-  traces_.clear(block.count, all);
+void Decomposition::superpose_interpolated(const RayBlock& block) {
+  Span windows[RayBlock::capacity], all = {axis_.samples, 0};
   for (int p = 0; p < block.count; ++p) {
-    double* const trace = traces_.of(p);
-    for (int j = 0; j < block.rays; ++j) {
-      add_ray(block.weight[RayBlock::capacity * j + p], block.delay[RayBlock::capacity * j + p], trace);
+    windows[p] = interpolated_->audible(block, p);
+    all = union_of(all, windows[p]);
+  }
+  traces_.clear(block.count, all);
+  // The signal's own bounds end the reference, and begin it unless it is cut.
+  const auto reference_window = [&](int p) -> Span {
+    const double first = block.arrivals[p].first;
+    if (form_.reference == ReferenceStart::own || !(first > block.reference[p])) return windows[p];
+    return {std::max(axis_.first_within(first), windows[p].first), windows[p].last};
+  };
+  for (int p = 0; p < block.count; ++p) {
+    const double minus_sum = -block.weight_sum[p];
+    interpolated_->add(&block.weight[p], &block.delay[p], RayBlock::capacity, static_cast<std::size_t>(block.rays),
+                       windows[p], traces_.of(p));
+    interpolated_->add(&minus_sum, &block.reference[p], 1, 1, reference_window(p), traces_.of(p));
+    for (int k = windows[p].first; k < windows[p].last; ++k) traces_.of(p)[k] = weighted(traces_.of(p)[k]);
+  }
+  traces_.superpose(element_, block.index, block.count, all, 1);
+}
+
+void Decomposition::superpose_ray_by_ray(const RayBlock& block) {
+  const int samples = static_cast<int>(length());
+  const std::ptrdiff_t points = element_.global_coordinate_grid->npoints;
+  for (int p = 0; p < block.count; ++p) {
+    double* const trace = arrays_.trace;
+    std::fill_n(trace, samples, 0.0);
+    for (int j = 0; j < block.rays; j += rays_at_a_time) {
+      const int count = std::min(rays_at_a_time, block.rays - j);
+      const double* const weight = &block.weight[RayBlock::capacity * j + p];
+      const double* const delay = &block.delay[RayBlock::capacity * j + p];
+      for (int i = 0; i < count; ++i) fill_spatial(delay[RayBlock::capacity * i], arrays_.spatial[i]);
+      for (int i = 0; i < count; ++i) {
+        add_ray(weight[RayBlock::capacity * i], delay[RayBlock::capacity * i], arrays_.spatial[i], trace);
+      }
     }
     const Span span = of_reference(block, p);
     for (int k = span.first; k < span.last; ++k) {
       trace[k - time_block_.first] -=
           signal_.at(axis_.times[k] - block.reference[p] - axis_.time_delay) * block.weight_sum[p];
     }
-    for (int k = 0; k < all.last; ++k) {
-      trace[k] *= element_.amplitude;
-      if (form_.samples == DecompositionForm::Samples::rounded_to_float) {
-        trace[k] = static_cast<double>(static_cast<float>(trace[k]));
-      }
-    }
+    double* const buffer = element_.transient_pressure + time_block_.first * points + block.index[p];
+    for (int k = 0; k < samples; ++k) buffer[k * points] += weighted(trace[k]);
   }
-  traces_.superpose(element_, block.index, block.count, all, 1, time_block_.first);
 }
 
 }  // namespace kesto

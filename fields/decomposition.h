@@ -5,9 +5,11 @@
 
 #include <complex>
 #include <cstddef>
+#include <optional>
 
 #include "excitation/excitation_function.h"
 #include "fields/delayed_slope.h"
+#include "fields/direct_transient.h"
 #include "fields/rays.h"
 #include "fields/time_axis.h"
 #include "fields/traces.h"
@@ -34,6 +36,13 @@ struct DecompositionArguments {
   std::ptrdiff_t points;
 };
 
+// Memory of the caller's for the real terms of a whole time axis.
+struct DecompositionArrays {
+  double* temporal;    // [term][sample]
+  double* spatial[4];  // one value to a term each: of four rays at a time
+  double* trace;       // one value to a sample
+};
+
 // The decomposed form on the transient road, for the samples of one time block. Rays in; out comes, for sample k of a
 // point,
 //   amplitude [sum over rays whose pulse covers k of weight_j sum_m spatial_m(delay_j) temporal_m(k)
@@ -45,9 +54,13 @@ struct DecompositionArguments {
 // grow with the delay that costs next to nothing: for t-cubed pulses the worst error is that of adding each ray to its
 // own samples, within a factor of 3 (single traces: 20). Where they shrink (B < 0) up to seven digits went, so there,
 // and for other signals, it is each ray to its own samples.
+//
+// The terms of a sampled signal are the same series as its value, and hundreds of them cost more than they save: rays
+// of its interpolated series are added instead, and its terms are not looked at.
 class Decomposition {
  public:
-  Decomposition(Transducer& element, const TimeAxis& axis, Span time_block, DecompositionForm form);
+  Decomposition(Transducer& element, const TimeAxis& axis, Span time_block, DecompositionForm form,
+                const DecompositionArrays* given = nullptr);
 
   double pulse_width() const { return signal_.get_pulse_width(); }
   void superpose(const RayBlock& block);
@@ -56,13 +69,15 @@ class Decomposition {
  private:
   using Laned = void (*)(const ExcitationFunction&, const DecompositionArguments&);
 
-  std::size_t table_size() const {
-    return static_cast<std::size_t>(terms_) * static_cast<std::size_t>(time_block_.last - time_block_.first);
-  }
+  std::size_t length() const { return static_cast<std::size_t>(time_block_.last - time_block_.first); }
+  std::size_t table_size() const { return static_cast<std::size_t>(terms_) * length(); }
   void fill_temporal();
   void superpose_in_lanes(const RayBlock& block);
+  void superpose_interpolated(const RayBlock& block);
   void superpose_ray_by_ray(const RayBlock& block);
-  void add_ray(double weight, double delay, double* trace);
+  void fill_spatial(double delay, double* spatial);
+  void add_ray(double weight, double delay, const double* spatial, double* trace) const;
+  double weighted(double sample) const;  // by the amplitude, and rounded where the form asks for it
   Span of_reference(const RayBlock& block, int p) const;
 
   Transducer& element_;
@@ -70,26 +85,29 @@ class Decomposition {
   const TimeAxis& axis_;
   Span time_block_;
   DecompositionForm form_;
-  Laned laned_;  // null where rays are added one by one
+  std::optional<DirectSum> interpolated_;  // of a sampled signal
+  Laned laned_;                            // null where rays are added one by one
   bool complex_;
-  int terms_;                      // real ones: two to a complex one
-  ScratchArray<double> temporal_;  // [term][sample of the time block]
+  int terms_;                   // real ones: two to a complex one; none that are not looked at
+  ScratchArray<double> own_;    // where no arrays are given
+  DecompositionArrays arrays_;  // for the samples of the time block
   ScratchArray<double> differences_;
-  ScratchArray<double> spatial_;
   ScratchArray<std::complex<double>> complex_spatial_;
   Traces traces_;
 };
 
-// Samples whose tables and traces fit into 32 MB: longer time vectors are computed block by block.
-int samples_of_time_block(int samples, int terms);
+// Samples whose tables and traces fit into 32 MB: longer time vectors are computed block by block. All of them for
+// sampled signals, which have no such tables.
+int samples_of_time_block(int samples, const ExcitationFunction& signal);
 
 // Calls superpose_faces(decomposition) for every time block of the element's time vector.
 template <class SuperposeFaces>
 void decompose(Transducer& element, DecompositionForm form, SuperposeFaces superpose_faces) {
   const TimeAxis axis(element);
-  const int most = samples_of_time_block(axis.samples, element.excitation->number_of_tsd_terms());
-  for (int first = 0; first < axis.samples; first += most) {
-    Decomposition decomposition(element, axis, {first, std::min(axis.samples, first + most)}, form);
+  const int most = samples_of_time_block(axis.samples, *element.excitation);
+  for (int first = 0, last = 0; first < axis.samples; first = last) {
+    last = first + std::min(most, axis.samples - first);
+    Decomposition decomposition(element, axis, {first, last}, form);
     superpose_faces(decomposition);
   }
 }

@@ -87,28 +87,27 @@ struct SuperposeRunningSums {
   }
 
  private:
-  // Samples that no pulse of a point's rays, nor its reference, begins before or ends after.
-  template <class T>
-  KESTO_INLINE static Span bounds(const DecompositionArguments& d, const RayBlock& block, int p) {
-    if (d.time_block.last - d.time_block.first <= samples_of_stretch) return d.time_block;
-    Arrivals all = block.arrivals[p];
-    for (int lane = 0; lane < T::width; ++lane) {
-      const Arrivals& here = block.arrivals[p + lane];
-      all.first = std::min({all.first, here.first, block.reference[p + lane]});
-      all.last = std::max({all.last, here.last, block.reference[p + lane]});
-    }
-    const double first = (all.first + d.time_delay - d.start) * d.per_sample;
-    const double last = (all.last + d.time_delay - d.start + d.pulse_width) * d.per_sample;
-    constexpr int rounding = 2;  // of the rays' delays against the arrivals
-    return intersection_of({clamped_index(first - rounding, d.samples), clamped_index(last + rounding, d.samples)},
-                           d.time_block);
-  }
-
   // Shortest and longest delay of each lane's rays.
   template <class T>
   struct DelayRange {
     Double<T> shortest, longest;
+
+    KESTO_INLINE void include(Double<T> delay) {
+      shortest = delay < shortest ? delay : shortest;
+      longest = delay > longest ? delay : longest;
+    }
   };
+
+  // The samples in which the points may sound: all of the time block where that is one stretch, else as the rays say.
+  template <class T>
+  KESTO_INLINE static Span bounds(const DecompositionArguments& d, const RayBlock& block, int p,
+                                  const SpanLanes<T>& of_reference) {
+    if (d.time_block.last - d.time_block.first <= samples_of_stretch) return d.time_block;
+    DelayRange<T> delays = {load<T::width>(&block.delay[p]), load<T::width>(&block.delay[p])};
+    for (int j = 1; j < block.rays; ++j) delays.include(load<T::width>(&block.delay[RayBlock::capacity * j + p]));
+    const Span rays = hull_of<T>({first_within<T>(d, delays.shortest), within_pulse<T>(d, delays.longest).last});
+    return intersection_of(union_of(rays, hull_of<T>(of_reference)), d.time_block);
+  }
 
   // Adds the factors of every ray where its pulse begins and takes them away where it ends, within one stretch.
   template <class T>
@@ -121,8 +120,7 @@ struct SuperposeRunningSums {
     for (int j = 0; j < block.rays; ++j) {
       const Double<T> weight = load<width>(&block.weight[RayBlock::capacity * j + p]);
       const Double<T> delay = load<width>(&block.delay[RayBlock::capacity * j + p]);
-      range.shortest = delay < range.shortest ? delay : range.shortest;
-      range.longest = delay > range.longest ? delay : range.longest;
+      range.include(delay);
       SpanLanes<T> ray = within_pulse<T>(d, delay);
       if (d.time_block.first > 0) ray.first = ray.first > block_first ? ray.first : broadcast<T>(block_first);
       std::uint64_t begins[width], ends[width];  // in the stretch, by their low 32 bits
@@ -155,7 +153,7 @@ struct SuperposeRunningSums {
     const Double<T> reference = load<width>(block.reference + p), weight_sum = load<width>(block.weight_sum + p);
     SpanLanes<T> of_reference = within_pulse<T>(d, reference);
     if (d.reference_start == ReferenceStart::first_arrival) {
-      Double<T> first_arrival;
+      Double<T> first_arrival = {};
       for (int lane = 0; lane < width; ++lane) first_arrival[lane] = block.arrivals[p + lane].first;
       of_reference = within_cut_pulse<T>(d, first_arrival, reference);
     }
@@ -164,7 +162,7 @@ struct SuperposeRunningSums {
     if (count > width) count = width;
     const bool whole_line = count == width && is_ascending(&block.index[p], width) && !d.rounded_to_float;
     Double<T> running[terms] = {};
-    const Span all = bounds<T>(d, block, p);
+    const Span all = bounds<T>(d, block, p, of_reference);
     for (int from = all.first; from < all.last; from += samples_of_stretch) {
       const Span stretch = {from, std::min(all.last, from + samples_of_stretch)};
       const DelayRange<T> delays = scatter_rays<T>(pulse, d, block, p, stretch);

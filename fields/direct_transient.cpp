@@ -63,10 +63,15 @@ DirectSum::DirectSum(const ExcitationFunction& signal, SignalForm form, const Ti
   for (std::size_t k = 0; k < padded(axis.samples); ++k) {
     times_[k] = order == DelayOrder::time_delay_first ? axis.times[k] - axis.time_delay : axis.times[k];
   }
+  if (const auto* const sampled = dynamic_cast<const SampledSignal*>(&signal)) {
+    if (InterpolatedSignal::serves(*sampled)) {
+      interpolated_.emplace(*sampled, form, axis, times_.data(), then_subtracted_);
+    }
+  }
 }
 
 Span DirectSum::audible(const RayBlock& block, int p) const {
-  if (laned_ == nullptr || !axis_.regular) return {0, axis_.samples};
+  if ((laned_ == nullptr && !interpolated_) || !axis_.regular) return {0, axis_.samples};
   double earliest = block.reference[p], latest = earliest;
   for (int j = 0; j < block.rays; ++j) {
     earliest = std::min(earliest, block.delay[RayBlock::capacity * j + p]);
@@ -85,6 +90,7 @@ void DirectSum::add(const RayBlock& block, int p, Span window, double* trace) co
 void DirectSum::add(const double* weight, const double* delay, std::size_t stride, std::size_t n, Span window,
                     double* trace) const {
   if (window.empty()) return;
+  if (interpolated_) return interpolated_->add(weight, delay, stride, n, window, trace);
   if (laned_ != nullptr) {
     DirectArguments d;
     d.weight = weight, d.delay = delay, d.stride = stride, d.rays = n;
@@ -105,12 +111,16 @@ void DirectSum::add(const double* weight, const double* delay, std::size_t strid
   }
 }
 
+Span DirectForm::window_of(const RayBlock& block, int p) const {
+  if (window_ == DirectWindow::every_sample) return sum_.audible(block, p);
+  if (window_ == DirectWindow::of_arrivals_where_regular && !axis_.regular) return {0, axis_.samples};
+  return axis_.between(block.arrivals[p].first, block.arrivals[p].last, sum_.pulse_width());
+}
+
 void DirectForm::superpose(const RayBlock& block) {
   Span windows[RayBlock::capacity], all = {axis_.samples, 0};
   for (int p = 0; p < block.count; ++p) {
-    windows[p] = window_ == DirectWindow::of_arrivals
-                     ? axis_.between(block.arrivals[p].first, block.arrivals[p].last, sum_.pulse_width())
-                     : sum_.audible(block, p);
+    windows[p] = window_of(block, p);
     all = union_of(all, windows[p]);
   }
   traces_.clear(block.count, all);

@@ -1,15 +1,16 @@
 // Signals along rays, evaluated sample by sample: the direct transient form.
 #pragma once
 
+#include <optional>
+
 #include "excitation/excitation_function.h"
 #include "fields/delayed_slope.h"
+#include "fields/interpolated_signal.h"
 #include "fields/rays.h"
 #include "fields/time_axis.h"
 #include "fields/traces.h"
 
 namespace kesto {
-
-enum class SignalForm { value, derivative };
 
 // The order in which a sample's time is taken less the ray's travel time and the element's delay. KEPT: it decides on
 // which side of a pulse's end a sample falls that lies on it.
@@ -27,8 +28,8 @@ struct DirectArguments {
   bool regular;
 };
 
-// Adds delayed copies of a signal to traces. The analytic pulses run in lanes over samples, other signals through
-// their own functions.
+// Adds delayed copies of a signal to traces. The analytic pulses and sampled signals run in lanes over samples, other
+// signals through their own functions.
 class DirectSum {
  public:
   DirectSum(const ExcitationFunction& signal, SignalForm form, const TimeAxis& axis, DelayOrder order);
@@ -53,12 +54,13 @@ class DirectSum {
   const TimeAxis& axis_;
   double then_subtracted_;
   ScratchArray<double> times_;                                        // less the element's delay where that comes first
-  void (*laned_)(const ExcitationFunction&, const DirectArguments&);  // null for other signals
+  void (*laned_)(const ExcitationFunction&, const DirectArguments&);  // null for other signals than analytic pulses
+  std::optional<InterpolatedSignal> interpolated_;                    // of a sampled signal
 };
 
 // Which samples of a point are computed. KEPT: those of a disc end with its arrivals, so that beside the disc the
-// reference wave, which would come first, is cut.
-enum class DirectWindow { of_arrivals, every_sample };
+// reference wave, which would come first, is cut; and they are told by a step even where the samples have none.
+enum class DirectWindow { of_arrivals, of_arrivals_where_regular, every_sample };
 
 // The direct form on the transient road.
 class DirectForm {
@@ -75,6 +77,8 @@ class DirectForm {
   void superpose(int i, const DelayedSlope& slope) { superpose_slope(element_, axis_, slope, {0, axis_.samples}, i); }
 
  private:
+  Span window_of(const RayBlock& block, int p) const;
+
   Transducer& element_;
   const TimeAxis& axis_;
   DirectWindow window_;

@@ -3,13 +3,14 @@
 // An edge is a struct of tables with
 //
 //   template <class T>
-//   KESTO_INLINE Double<T> reference_distance(const LocalPoints<T>& p) const;   of the wave that every term is less
+//   KESTO_INLINE Double<T> reference_distance(const LocalPoints<T>& p) const;   m
 //   template <class T, class Visit>
 //   KESTO_INLINE void visit_parts(const LocalPoints<T>& p, const Visit& visit) const;
 //   int rays() const;                                                           terms at a point, of all parts
 //
-// visit_parts calls visit(n, node) for each part of the edge; node(i) gives the WaveTerms of its node i: weights, and
-// distances (m) from the points.
+// The reference wave, at reference_distance, is subtracted from every term of the integral. visit_parts calls visit(n,
+// node) for each part of the edge; node(i) gives the WaveTerms of its node i: weights, and distances (m) from the
+// points.
 #pragma once
 
 #include "fields/wave_sum.h"

@@ -59,7 +59,7 @@ struct BlockSum {
 // An integrand, a wave and what computes them; the integrand stays with the caller.
 class PointKernel {
  public:
-  // `extent`: no distance that enters the integral exceeds that of its point from the local origin by more.
+  // `extent`: by how much a distance in the integral may exceed the distance of its point from the local origin, m.
   template <class Integrand>
   PointKernel(const Integrand& integrand, Wave wave, double extent, VectorTarget target = chosen_vector_target())
       : integrand_(&integrand),

@@ -49,26 +49,13 @@ class Bytes {
 
   // Mostly of the order of `usual`, else one that programs stumble over.
   double number(double usual) {
-    static constexpr double awkward[] = {0.0,
-                                         -0.0,
-                                         -1.0,
-                                         0.9,
-                                         1.9,
-                                         DBL_MIN / 4,
-                                         -DBL_MIN / 4,
-                                         DBL_MAX,
-                                         -DBL_MAX,
-                                         1e-300,
-                                         1e300,
-                                         2147483647.0,
-                                         2147483647.9,
-                                         2147483648.0,
-                                         -2147483648.9,
-                                         -2147483649.0,
-                                         4294967297.0,
-                                         std::numeric_limits<double>::infinity(),
-                                         -std::numeric_limits<double>::infinity(),
-                                         std::numeric_limits<double>::quiet_NaN()};
+    // clang-format off
+    constexpr double inf = std::numeric_limits<double>::infinity();
+    static constexpr double awkward[] = {
+        0.0, -0.0, -1.0, 0.9, 1.9, DBL_MIN / 4, -DBL_MIN / 4, DBL_MAX, -DBL_MAX, 1e-300, 1e300, 2147483647.0,
+        2147483647.9, 2147483648.0, -2147483648.9, -2147483649.0, 4294967297.0, inf, -inf,
+        std::numeric_limits<double>::quiet_NaN()};
+    // clang-format on
     constexpr int count = sizeof awkward / sizeof awkward[0];
     const int choice = below(64);
     if (choice < count) return awkward[choice];

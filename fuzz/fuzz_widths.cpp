@@ -21,7 +21,6 @@
 // without lanes over points is the same to the bit; transients in single precision agree to 64 epsilon of a float,
 // decomposed ones in double precision to 64 epsilon times the largest phase.
 #include <cfloat>
-#include <climits>
 #include <cmath>
 #include <complex>
 #include <cstdlib>
@@ -30,21 +29,13 @@
 #include <string>
 #include <vector>
 
-#include "core/medium.h"
-#include "core/numerical_integration.h"
-#include "core/vector_target.h"
 #include "excitation/hanning_pulse.h"
 #include "excitation/t_cubed_pulse.h"
 #include "excitation/tone_burst.h"
 #include "fuzz/bytes.h"
 #include "heat/bioheat_solver.h"
 #include "host/embedded_host.h"
-#include "tests/plain_fields.h"
-#include "transducers/circular_transducer.h"
-#include "transducers/rectangular_transducer.h"
-#include "transducers/ring_transducer.h"
-#include "transducers/spherical_ring_transducer.h"
-#include "transducers/spherical_transducer.h"
+#include "tests/support/methods.h"
 
 namespace {
 
@@ -52,44 +43,28 @@ using fuzz::Bytes;
 using fuzz::require;
 using kesto::host::guarded;
 using kesto::host::Report;
-using plain::Complex;
-using Point = CartesianCoordinate;
-using Computation = int (Transducer::*)();
+using namespace scenes;
 
-enum class Shape { disc, ring, rectangle, shell, bowl };
-enum class Kind { rim, apodized, rayleigh, growing_rayleigh, far, four_floats, radiators };
-enum class In { time, decomposed_time, time_in_floats };
-
-struct Element {
-  Shape shape;
-  double outer, inner, roc, height;  // inner 0 for none; a rectangle's sides are 2 outer and 2 height
-  std::unique_ptr<Transducer> face;
-  bool is_flat() const { return shape != Shape::shell && shape != Shape::bowl; }
-  bool has_hole() const { return shape == Shape::ring || shape == Shape::bowl; }
-};
-
-Element element_of(Bytes& bytes) {
-  Element e;
-  e.shape = static_cast<Shape>(bytes.below(5));
-  e.outer = bytes.between(0.5e-3, 2e-2);
-  e.inner = e.has_hole() ? e.outer * bytes.between(0.05, 0.95) : 0;
-  e.roc = e.outer * bytes.between(1.02, 6);
-  e.height = bytes.between(0.5e-3, 2e-2);
-  switch (e.shape) {
-    case Shape::disc: e.face = std::make_unique<CircularTransducer>(e.outer); break;
-    case Shape::ring: e.face = std::make_unique<RingTransducer>(e.inner, e.outer); break;
-    case Shape::rectangle: e.face = std::make_unique<RectangularTransducer>(2 * e.outer, 2 * e.height); break;
-    case Shape::shell: e.face = std::make_unique<SphericalTransducer>(e.outer, e.roc); break;
-    default: e.face = std::make_unique<SphericalRingTransducer>(e.inner, e.outer, e.roc);
-  }
-  e.face->set_amplitude(1.5), e.face->set_phase(bytes.between(-3, 3));
+Element element_of(Bytes& bytes, Shape shape) {
+  const double outer = bytes.between(0.5e-3, 2e-2), inner = outer * bytes.between(0.05, 0.95);
+  const double roc = outer * bytes.between(1.02, 6), height = bytes.between(0.5e-3, 2e-2);
+  Element e = make_element(shape, outer, inner, roc, height);
+  e.face->set_phase(bytes.between(-3, 3));
   if (bytes.one_in(2)) {
     e.face->set_center(bytes.between(-1e-2, 1e-2), bytes.between(-1e-2, 1e-2), bytes.between(-1e-2, 1e-2));
     e.face->set_euler(bytes.between(-3, 3), bytes.between(-3, 3), bytes.between(-3, 3));
   }
   e.face->set_piston_apodization_index(bytes.below(4));
-  e.face->InitializeRotationMatrix();
   return e;
+}
+
+template <class Method, std::size_t n>
+const Method& method_of(Bytes& bytes, const Method (&methods)[n]) {
+  return methods[bytes.below(n)];
+}
+template <class Method>
+Shape shape_of(Bytes& bytes, const Method& method) {
+  return bytes.one_in(2) ? method.last : method.first;
 }
 
 Medium medium_of(Bytes& bytes) {
@@ -119,78 +94,38 @@ double coordinate(Bytes& bytes, const Element& e) {
 }
 
 // A box, or a list.
-struct Points {
-  double box[9];
-  std::vector<double> columns;
-
-  void fill(CoordinateGrid& grid) const {
-    if (columns.empty()) {
-      grid.RegularCoordinateGrid(box[0], box[1], box[2], box[3], box[4], box[5], box[6], box[7], box[8]);
-    } else {
-      grid.CoordinateGridVector(columns.data(), static_cast<int>(columns.size() / 3));
-    }
-  }
-};
-
-Points points_of(Bytes& bytes, const Element& e) {
-  Points points;
+void place_points(Bytes& bytes, const Element& e, Scene& scene) {
   if (bytes.one_in(4)) {
-    for (int axis = 0; axis < 3; ++axis) {
+    scene.box.resize(9);
+    for (std::size_t axis = 0; axis < 3; ++axis) {
       const double from = bytes.between(-1, 1) * e.outer, step = bytes.between(0.05, 1) * e.outer;
-      points.box[2 * axis] = from;
-      points.box[2 * axis + 1] = from + step * (bytes.below(4) + 0.5);
-      points.box[6 + axis] = step;
+      scene.box[2 * axis] = from;
+      scene.box[2 * axis + 1] = from + step * (bytes.below(4) + 0.5);
+      scene.box[6 + axis] = step;
     }
-    return points;
+    return;
   }
-  points.columns.resize(3 * static_cast<std::size_t>(1 + bytes.below(33)));
-  for (double& c : points.columns) c = coordinate(bytes, e);
-  return points;
+  scene.points.resize(static_cast<std::size_t>(1 + bytes.below(33)));
+  for (Point& p : scene.points) p = {coordinate(bytes, e), coordinate(bytes, e), coordinate(bytes, e)};
 }
 
 struct Scenario {
   Element element;
-  Medium medium;
-  Points points;
-  int n;  // nodes
+  Scene scene;
 };
 
-struct Field {
-  std::vector<double> values;  // all real parts, then all imaginary ones; or the traces
-  std::string error;
-  int answer = 0;
-};
-
-// The buffers start at 1, so that a point left alone shows.
-Field computed(const Scenario& s, std::size_t per_point, const std::function<int(std::vector<double>& out)>& compute) {
-  Field field;
-  const Report report = guarded([&] {
-    CoordinateGrid grid;
-    s.points.fill(grid);
-    NumericalIntegration rule;
-    rule.allocate_memory(s.n);
-    rule.gauss_quadrature();
-    Medium medium = s.medium;
-    Transducer& face = *s.element.face;
-    field.values.assign(static_cast<std::size_t>(grid.npoints) * per_point, 1);
-    face.set_medium(&medium), face.set_global_coordinate_grid(&grid), face.set_integral_pointer(&rule);
-    field.answer = compute(field.values);
+// At every width in turn; the first is the baseline. The buffers start at 1, so that a point left alone shows.
+std::vector<Outcome> computed(const Scenario& s, Computation compute) {
+  std::vector<Outcome> fields;
+  at_every_width([&](kesto::VectorTarget) {
+    fields.push_back(run(s.scene, *s.element.face, compute, 1));
+    const Report& report = fields.back().report;
+    require(report.live_blocks == 0 || report.failed, "blocks left behind");
+    require(report.bad_frees == 0, "bad frees");
+    require(report.error == fields[0].report.error, "widths end in different errors", report.error);
+    require(fields.back().answer == fields[0].answer, "widths answer differently");
   });
-  require(report.live_blocks == 0 || report.failed, "blocks left behind");
-  require(report.bad_frees == 0, "bad frees");
-  field.error = report.error;
-  return field;
-}
-
-// The points in the element's own coordinates.
-std::vector<Point> local_points(const Scenario& s) {
-  std::vector<Point> points;
-  computed(s, 0, [&](auto&) {
-    s.element.face->global_coordinate_grid->for_each_point(
-        [&](int, const Point& p) { points.push_back(s.element.face->rotateTranslate(p)); });
-    return 0;
-  });
-  return points;
+  return fields;
 }
 
 double smallest(std::initializer_list<double> values) {
@@ -204,16 +139,16 @@ double gap_of(const Scenario& s, Kind kind, const Point& p) {
   const Element& e = s.element;
   const double r = std::hypot(p.x, p.y), z = p.z - e.roc;
   if (kind == Kind::far) return std::hypot(r, p.z);
-  if (kind == Kind::rayleigh || kind == Kind::growing_rayleigh || kind == Kind::radiators) {
+  if (kind == Kind::rayleigh || kind == Kind::growing_rayleigh || kind == Kind::radiators || kind == Kind::floats) {
     return e.is_flat() ? std::fabs(p.z) : std::fabs(std::hypot(r, z) - e.roc);
   }
   if (kind == Kind::apodized) {  // rings of many radii
     NumericalIntegration rule;
-    rule.allocate_memory(s.n);
+    rule.allocate_memory(s.scene.nodes);
     rule.gauss_quadrature();
     double least = DBL_MAX;
     for (const double a : {e.outer, e.inner}) {
-      for (int i = 0; i < s.n; ++i)
+      for (int i = 0; i < s.scene.nodes; ++i)
         least = std::fmin(least, std::fabs(r - a * kesto::half_pi * (rule.abscissa[i] + 1)));
     }
     return least;
@@ -242,15 +177,15 @@ double size_of(const Element& e) {
 }
 
 Bound bound_of(const Scenario& s, Kind kind, const Point& p) {
-  const double size = size_of(s.element), k = kesto::two_pi * s.medium._f0 / s.medium._soundspeed;
+  const double size = size_of(s.element), k = kesto::two_pi * s.scene.medium._f0 / s.scene.medium._soundspeed;
   Bound b;
   b.k = k;
   b.extent = std::hypot(p.x, p.y, p.z) + size;
   b.gap = gap_of(s, kind, p);
-  b.scale = s.medium._rho_density * s.medium._soundspeed * 1.5 * (1 + size / b.gap);
+  b.scale = s.scene.medium._rho_density * s.scene.medium._soundspeed * 1.5 * (1 + size / b.gap);
   if (kind != Kind::rim) b.scale *= 1 + k * size;
   if (kind == Kind::apodized) b.scale *= 10;  // of pi^2
-  const double alpha = s.medium._dBcmMHz * 100 / kesto::decibels_per_neper * s.medium._f0 / 1e6;
+  const double alpha = s.scene.medium._dBcmMHz * 100 / kesto::decibels_per_neper * s.scene.medium._f0 / 1e6;
   if (kind == Kind::growing_rayleigh) b.scale *= std::exp(alpha * b.extent);
   if (kind == Kind::rim && !s.element.is_flat() && p.z < s.element.roc) {
     const double beyond = std::hypot(p.x, p.y, p.z - s.element.roc) - s.element.roc;
@@ -266,8 +201,8 @@ std::string described(const Scenario& s, const char* name, const std::string& wh
       text, sizeof text,
       "%s of shape %d, %s, at (%.17g, %.17g, %.17g), %d nodes, %g Hz, outer %.17g inner %.17g roc %.17g: off by "
       "%.3g, allowed %.3g",
-      name, static_cast<int>(s.element.shape), what.c_str(), p.x, p.y, p.z, s.n, s.medium._f0, s.element.outer,
-      s.element.inner, s.element.roc, difference, allowed);
+      name, static_cast<int>(s.element.shape), what.c_str(), p.x, p.y, p.z, s.scene.nodes, s.scene.medium._f0,
+      s.element.outer, s.element.inner, s.element.roc, difference, allowed);
   return text;
 }
 
@@ -276,105 +211,18 @@ bool is_off(double a, double b, double allowed) {
   return !(std::fabs(a - b) <= allowed) && !(std::isinf(allowed) || std::isnan(allowed));
 }
 
-// At every width in turn; the first is the baseline.
-std::vector<Field> at_every_width(const std::function<Field()>& compute) {
-  std::vector<Field> fields;
-  for (const kesto::VectorTarget target : kesto::all_vector_targets) {
-    if (!kesto::is_available(target)) continue;
-    setenv("KESTO_VECTOR_TARGET", kesto::name_of(target), 1);
-    fields.push_back(compute());
-    require(fields.back().error == fields[0].error, "widths end in different errors", fields.back().error);
-    require(fields.back().answer == fields[0].answer, "widths answer differently");
-  }
-  unsetenv("KESTO_VECTOR_TARGET");
-  return fields;
-}
-
 // ---- continuous waves
-
-struct ContinuousWave {
-  const char* name;
-  Computation compute;
-  Kind kind;
-};
-constexpr ContinuousWave waves[] = {
-    {"fnm_cw", &Transducer::fnm_cw, Kind::rim},
-    {"fnm_cw_apodized", &Transducer::fnm_cw_apodized, Kind::apodized},
-    {"rayleigh_cw", &Transducer::rayleigh_cw, Kind::rayleigh},
-    {"rayleigh_cw_apodized", &Transducer::rayleigh_cw_apodized, Kind::rayleigh},
-    {"farfield_cw", &Transducer::farfield_cw, Kind::far},
-    {"radiator_cw", &Transducer::radiator_cw, Kind::radiators},
-    {"fnm_cw_single", &Transducer::fnm_cw_single, Kind::four_floats},
-    {"fnm_cw_sse", &Transducer::fnm_cw_sse, Kind::four_floats},
-    {"fnm_cw_sse2", &Transducer::fnm_cw_sse2, Kind::four_floats},
-    {"rayleigh_cw_sse", &Transducer::rayleigh_cw_sse, Kind::four_floats},
-};
 
 // How much a radiator_cw takes: nodes for the point that is nearest to the face.
 bool is_affordable(const Scenario& s, const std::vector<Point>& points) {
-  const double wavelength = s.medium._soundspeed / s.medium._f0;
+  const double wavelength = s.scene.medium._soundspeed / s.scene.medium._f0;
   for (const Point& p : points) {
     if (!(p.z > 0)) continue;
-    const double size = std::sqrt(4 * wavelength * p.z / s.n);
+    const double size = std::sqrt(4 * wavelength * p.z / s.scene.nodes);
     const double nodes = (2 * s.element.outer / size + 1) * (2 * s.element.height / size + 1);
     if (nodes > 40 && nodes < 4e9) return false;
   }
   return true;
-}
-
-// The plain form of what is cheap enough; null for the others.
-std::function<Complex(const plain::Sum&, const Point&)> plain_form(const Scenario& s, const char* name) {
-  const Element& e = s.element;
-  const Medium& m = s.medium;
-  const Complex w = e.face->complex_weight, jw = Complex(0, 1) * w;
-  const double rho_c = m._rho_density * m._soundspeed, rho_f = m._rho_density * m._f0;
-  const std::string what = name;
-  const auto annulus = [&e](auto full) {
-    return [&e, full](const plain::Sum& sum, const Point& p) {
-      return full(e.outer, sum, p) - (e.has_hole() ? full(e.inner, sum, p) : Complex());
-    };
-  };
-  const auto in_front = [](auto form) {
-    return [form](const plain::Sum& sum, const Point& p) { return p.z < 0 ? Complex() : form(sum, p); };
-  };
-  if (e.shape == Shape::disc || e.shape == Shape::ring) {
-    if (what == "fnm_cw") {
-      return in_front(annulus([=](double a, const plain::Sum& sum, const Point& p) {
-        return rho_c * a / kesto::pi * w * sum.rim_of_disc(a, p);
-      }));
-    }
-    if (what == "rayleigh_cw") {
-      return in_front(annulus([=](double a, plain::Sum sum, const Point& p) {
-        sum.alpha = -sum.alpha;
-        return jw * 2. * rho_f * sum.cells_of_disc(a, 0, p);
-      }));
-    }
-  } else if (e.shape == Shape::rectangle) {
-    const double a = e.outer, b = e.height;
-    if (what == "fnm_cw") {
-      return in_front([=](const plain::Sum& sum, const Point& p) {
-        return -rho_c / kesto::two_pi * w * sum.edges_of_rectangle(a, b, p);
-      });
-    }
-    if (what == "rayleigh_cw") {
-      return in_front(
-          [=](const plain::Sum& sum, const Point& p) { return jw * rho_f * sum.cells_of_rectangle(a, b, p); });
-    }
-    if (what == "farfield_cw") {
-      return in_front([=](const plain::Sum& sum, const Point& p) {
-        return jw * rho_f * 4. * a * b * sum.far_field_of_rectangle(a, b, p);
-      });
-    }
-  } else if (what == "fnm_cw" || what == "rayleigh_cw") {
-    const double d = e.roc;
-    const bool rim = what == "fnm_cw";
-    return annulus([=](double a, const plain::Sum& sum, const Point& p) {
-      const double z = p.z - d;
-      if (z < -std::sqrt(d * d - a * a) && p.x * p.x + p.y * p.y + z * z > d * d) return Complex();
-      return rim ? rho_c * d * a / kesto::pi * w * sum.rim_of_cap(a, d, p) : jw * rho_f * sum.cells_of_cap(a, d, p);
-    });
-  }
-  return nullptr;
 }
 
 // Whether rounding may decide on which side of the faces' boundary a point lies.
@@ -387,82 +235,44 @@ bool is_undecided(const Element& e, const Point& p, double extent) {
          std::fabs(z) < 1e-9;  // the reference wave's side
 }
 
-void compare_with_plain(const Scenario& s, const ContinuousWave& wave, const std::vector<Point>& points,
-                        const Field& field) {
-  const auto form = plain_form(s, wave.name);
-  if (!form) return;
-  NumericalIntegration rule;
-  rule.allocate_memory(s.n);
-  rule.gauss_quadrature();
-  const double alpha = s.medium._dBcmMHz * 100 / kesto::decibels_per_neper * s.medium._f0 / 1e6;
-  const plain::Sum sum = {kesto::two_pi / (s.medium._soundspeed / s.medium._f0),
-                          alpha,
-                          alpha,
-                          s.medium._f0,
-                          {{rule.abscissa, rule.abscissa + s.n}},
-                          {{rule.weight, rule.weight + s.n}},
-                          s.n};
-  const bool growing =
-      wave.kind == Kind::rayleigh && (s.element.shape == Shape::disc || s.element.shape == Shape::ring);
-  for (std::size_t i = 0; i < points.size(); ++i) {
-    const Bound bound = bound_of(s, growing ? Kind::growing_rayleigh : wave.kind, points[i]);
-    if (!bound.is_for_forms() || is_undecided(s.element, points[i], bound.extent)) continue;
-    const Complex expected = Complex(1, 1) + form(sum, points[i]);
+void compare_with_plain(const Scenario& s, const WaveMethod& method, const Outcome& field) {
+  const bool is_cheap = method.kind != Kind::apodized && method.kind != Kind::radiators;
+  if (!is_cheap || method.kind == Kind::floats) return;
+  const Sum sum = plain_sum(s.scene);
+  for (std::size_t i = 0; i < field.local.size(); ++i) {
+    const Point& p = field.local[i];
+    const Bound bound = bound_of(s, method.kind, p);
+    if (!bound.is_for_forms() || is_undecided(s.element, p, bound.extent)) continue;
+    const Complex expected = Complex(1, 1) + method.plain(s.element, sum, p), got = field.pressure(i);
     const double allowed = bound.between_forms() + 2 * DBL_EPSILON;
-    const Complex got(field.values[i], field.values[points.size() + i]);
     require(!is_off(got.real(), expected.real(), allowed) && !is_off(got.imag(), expected.imag(), allowed),
             "a field is not its plain form's",
-            described(s, wave.name, "baseline", points[i], std::abs(got - expected), allowed));
+            described(s, method.name, "baseline", p, std::abs(got - expected), allowed));
   }
 }
 
 void fuzz_continuous_wave(Bytes& bytes) {
-  const ContinuousWave& wave = waves[bytes.below(sizeof waves / sizeof waves[0])];
-  Scenario s{element_of(bytes), medium_of(bytes), {}, 1 + bytes.below(24)};
-  s.points = points_of(bytes, s.element);
-  const std::vector<Point> points = local_points(s);
-  if (wave.kind == Kind::radiators && !is_affordable(s, points)) return;
-  const std::vector<Field> fields = at_every_width([&] {
-    return computed(s, 2, [&](std::vector<double>& out) {
-      s.element.face->set_complex_pressure_pointers(out.data(), out.data() + out.size() / 2);
-      return (s.element.face.get()->*wave.compute)();
-    });
-  });
-  if (!fields[0].error.empty() || fields[0].answer != 0) return;
-  const bool growing =
-      wave.kind == Kind::rayleigh && (s.element.shape == Shape::disc || s.element.shape == Shape::ring);
+  const WaveMethod& method = method_of(bytes, wave_methods);
+  Scenario s{element_of(bytes, shape_of(bytes, method)), {}};
+  s.scene.medium = medium_of(bytes), s.scene.nodes = 1 + bytes.below(24);
+  place_points(bytes, s.element, s.scene);
+  const Outcome placed = run(s.scene, *s.element.face, [](Transducer&) { return 0; });
+  if (method.kind == Kind::radiators && !is_affordable(s, placed.local)) return;
+  const std::vector<Outcome> fields = computed(s, method.compute);
+  if (fields[0].report.failed || fields[0].answer != 0) return;
   for (std::size_t width = 1; width < fields.size(); ++width) {
     for (std::size_t i = 0; i < fields[0].values.size(); ++i) {
-      const Point& p = points[i % points.size()];
+      const Point& p = placed.local[i % placed.local.size()];
       const double a = fields[0].values[i], b = fields[width].values[i];
-      const double allowed = wave.kind == Kind::four_floats
-                                 ? 0
-                                 : bound_of(s, growing ? Kind::growing_rayleigh : wave.kind, p).between_widths();
+      const double allowed = method.kind == Kind::floats ? 0 : bound_of(s, method.kind, p).between_widths();
       require(!is_off(a, b, allowed), "widths differ",
-              described(s, wave.name, "width " + std::to_string(width), p, std::fabs(a - b), allowed));
+              described(s, method.name, "width " + std::to_string(width), p, std::fabs(a - b), allowed));
     }
   }
-  compare_with_plain(s, wave, points, fields[0]);
+  compare_with_plain(s, method, fields[0]);
 }
 
 // ---- transients
-
-struct Transient {
-  const char* name;
-  Computation compute;
-  In in;
-};
-constexpr Transient transients[] = {
-    {"fnm_transient", &Transducer::fnm_transient, In::time},
-    {"fnm_transient_behind_source", &Transducer::fnm_transient_behind_source, In::time},
-    {"rayleigh_transient", &Transducer::rayleigh_transient, In::time},
-    {"impulse_response", &Transducer::impulse_response, In::time},
-    {"fnm_tsd", &Transducer::fnm_tsd, In::decomposed_time},
-    {"fnm_fdtsd", &Transducer::fnm_fdtsd, In::decomposed_time},
-    {"fnm_tsd_behind_source", &Transducer::fnm_tsd_behind_source, In::decomposed_time},
-    {"fnm_tsd_low_precision", &Transducer::fnm_tsd_low_precision, In::time_in_floats},
-    {"fnm_tsd_sse", &Transducer::fnm_tsd_sse, In::time_in_floats},
-};
 
 struct Pulses {
   ToneBurst tone;
@@ -471,42 +281,34 @@ struct Pulses {
 };
 
 void fuzz_transient(Bytes& bytes) {
-  const Transient& transient = transients[bytes.below(sizeof transients / sizeof transients[0])];
-  Scenario s{element_of(bytes), medium_of(bytes), {}, 1 + bytes.below(12)};
-  s.points = points_of(bytes, s.element);
+  const TransientMethod& method = method_of(bytes, transient_methods);
+  Scenario s{element_of(bytes, shape_of(bytes, method)), {}};
+  s.scene.medium = medium_of(bytes), s.scene.nodes = 1 + bytes.below(12);
+  place_points(bytes, s.element, s.scene);
   const double width = bytes.between(0.2e-6, 4e-6), f0 = bytes.between(5e5, 4e6);
   Pulses pulses{{1, f0, width, 0, 1}, {1, f0, width, 0, 2}, {1 / (width * width * width), f0, width, 1 / width, 3}};
   const int which = bytes.below(3);
   ExcitationFunction* const choices[] = {&pulses.tone, &pulses.hanning, &pulses.cubed};
-  ExcitationFunction* const pulse = choices[which];
-  s.element.face->excitation = pulse;
-  s.element.face->set_time_delay(bytes.one_in(2) ? bytes.between(-2e-6, 2e-6) : 0);
+  s.scene.pulse = choices[which];
+  s.scene.delay = bytes.one_in(2) ? bytes.between(-2e-6, 2e-6) : 0;
   const double step = bytes.between(1e-8, 4e-7), from = bytes.between(-2e-6, 2e-5), samples = 1 + bytes.below(64);
-  std::vector<double> times;  // empty for equal steps
+  std::vector<double>& times = s.scene.times;  // empty for equal steps
   if (bytes.one_in(4)) {
     for (int k = 0; k < samples; ++k) times.push_back(from + step * (bytes.one_in(8) ? bytes.number(1) : k));
   }
-  const std::vector<Point> points = local_points(s);
-  if (points.empty()) return;
-  const std::vector<Field> fields = at_every_width([&] {
-    return computed(s, static_cast<std::size_t>(samples), [&](std::vector<double>& out) {
-      TimeSamples time;
-      if (times.empty()) {
-        time.generatetimevectorfromminmaxdeltat(step, from, from + step * (samples - 0.5));
-      } else {
-        time.vectoroftimevalues(times.data(), static_cast<int>(times.size()));
-      }
-      require(out.size() == points.size() * static_cast<std::size_t>(time.nt), "number of samples");
-      s.element.face->set_time_vector(&time), s.element.face->set_transient_pressure_pointer(out.data());
-      return (s.element.face.get()->*transient.compute)();
-    });
-  });
-  if (!fields[0].error.empty() || fields[0].answer != 0) return;
+  if (times.empty() || bytes.one_in(2)) {
+    s.scene.deltat = step, s.scene.tmin = from, s.scene.tmax = from + step * (samples - 0.5);
+  }
+  const std::vector<Outcome> fields = computed(s, method.compute);
+  const Points& points = fields[0].local;
+  if (points.empty() || fields[0].report.failed || fields[0].answer != 0) return;
+  require(fields[0].values.size() == points.size() * static_cast<std::size_t>(samples), "number of samples");
   // A decomposed t-cubed pulse cancels terms of (t / width)^3, with factors e^{t / width} that cancel too.
   double latest = std::fabs(from) + step * samples;
   for (const double t : times) latest = std::fmax(latest, std::fabs(t));
   const double cancelled = latest / width;
-  const double lost = transient.in == In::time || which != 2 ? 1 : std::exp(cancelled) * std::pow(1 + cancelled, 3);
+  const bool decomposed = method.sums == Sums::decomposed, in_floats = method.tolerance > 1e-6;
+  const double lost = !decomposed || which != 2 ? 1 : std::exp(cancelled) * std::pow(1 + cancelled, 3);
   // Sines of phases omega t: the decomposition takes them apart, to where epsilon omega t is what is left.
   const double phase = 1 + kesto::two_pi * (f0 + 1 / width) * latest;
   for (std::size_t width_index = 1; width_index < fields.size(); ++width_index) {
@@ -515,13 +317,13 @@ void fuzz_transient(Bytes& bytes) {
       if (!times.empty() && !std::isfinite(times[i / points.size()])) continue;
       const Point& p = points[i % points.size()];
       const double a = fields[0].values[i], b = fields[width_index].values[i];
-      const bool rayleigh = transient.compute == &Transducer::rayleigh_transient;
+      const bool rayleigh = method.compute == &Transducer::rayleigh_transient;
       const Bound bound = bound_of(s, rayleigh ? Kind::rayleigh : Kind::rim, p);
-      const double digits = transient.in == In::time_in_floats ? 64 * FLT_EPSILON : 64 * DBL_EPSILON * (1 + phase);
+      const double digits = in_floats ? 64 * FLT_EPSILON : 64 * DBL_EPSILON * (1 + phase);
       const double allowed = digits * lost * 4 * bound.scale;
       require(!is_off(a, b, allowed), "widths differ",
-              described(s, transient.name, "width " + std::to_string(width_index) + ", pulse " + std::to_string(which),
-                        p, std::fabs(a - b), allowed));
+              described(s, method.name, "width " + std::to_string(width_index) + ", pulse " + std::to_string(which), p,
+                        std::fabs(a - b), allowed));
     }
   }
 }

@@ -2,30 +2,18 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 
 #include "core/internal/host.h"
-#include "heat/internal/bioheat_kernels.h"
-#include "heat/internal/diagonal_order.h"
+#include "core/internal/huge_pages.h"
+#include "heat/internal/skewed_layout.h"
+#include "heat/internal/skewing.h"
+#include "heat/internal/solve.h"
+#include "heat/internal/sweeps.h"
 
 namespace kesto {
 
 namespace {
-
-// Sweeps that follow each other through the planes while these are in cache. Each works on a plane right after the one
-// before it has done the next plane, which is the earliest that the order of the plain loops allows.
-constexpr int sweeps_in_flight = 15;
-
-// Of these, so many take turns, a diagonal each, each in its own plane. A diagonal reads what the one before it in the
-// same plane has just written, shifted by one, which the processor cannot forward from its store queue; the turns of
-// the others give the values time to reach the cache. More would crowd it.
-constexpr int sweeps_in_turn = 3;
-
-struct Grid {
-  DiagonalOrder order;
-  int planes;
-
-  std::ptrdiff_t plane_points() const { return order.points(); }
-};
 
 RelaxationWeights weights_of(const BioheatProblem& p) {
   constexpr double omega = 1.86;
@@ -39,59 +27,53 @@ RelaxationWeights weights_of(const BioheatProblem& p) {
   return w;
 }
 
-// Heat source over kappa, W/m^3 / (W/(m K)), from column-major pressures into diagonal order.
-void fill_source(const Grid& grid, const BioheatProblem& p, const double* real, const double* imag, double* source,
-                 double* plane) {
-  const double absorbed = p.absorption / p.impedance;
-  const double inverse_conductivity = 1.0 / p.conductivity;
-  const std::ptrdiff_t points = grid.plane_points();
-  for (int k = 0; k < grid.planes; ++k, real += points, imag += points, source += points) {
-    for (std::ptrdiff_t n = 0; n < points; ++n) {
-      const double heat = (imag[n] * imag[n] + real[n] * real[n]) * absorbed;
-      plane[n] = heat * inverse_conductivity;
-    }
-    grid.order.for_each_point(
-        [=](std::ptrdiff_t diagonal, std::ptrdiff_t column_major) { source[diagonal] = plane[column_major]; });
+// Temperature and source, uninitialised, on a boundary of a vector.
+class SkewedFields {
+ public:
+  explicit SkewedFields(const SkewedLayout& layout)
+      : field_(layout.field), doubles_(static_cast<std::size_t>(2 * layout.field + max_lanes)), block_(doubles_) {
+    ask_for_huge_pages(block_.data(), doubles_ * sizeof(double));
   }
+
+  double* temperature() const {
+    constexpr std::uintptr_t vector = max_lanes * sizeof(double);
+    const std::uintptr_t past = reinterpret_cast<std::uintptr_t>(block_.data()) % vector;
+    return block_.data() + (vector - past) % vector / sizeof(double);
+  }
+  double* source() const { return temperature() + field_; }
+
+ private:
+  std::ptrdiff_t field_;
+  std::size_t doubles_;
+  ScratchArray<double> block_;
+};
+
+void zero_boundary(const BioheatProblem& p, double* field) {
+  const std::ptrdiff_t n0 = p.n0, plane = n0 * p.n1;
+  std::fill_n(field, plane, 0.0);
+  for (int k = 1; k < p.n2 - 1; ++k) {
+    double* const begin = field + k * plane;
+    std::fill_n(begin, n0, 0.0);
+    for (int j = 1; j < p.n1 - 1; ++j) begin[j * n0] = begin[j * n0 + n0 - 1] = 0;
+    std::fill_n(begin + plane - n0, n0, 0.0);
+  }
+  std::fill_n(field + (p.n2 - 1) * plane, plane, 0.0);
 }
 
-void to_column_major(const Grid& grid, double* t, double* plane) {
-  const std::ptrdiff_t points = grid.plane_points();
-  for (int k = 0; k < grid.planes; ++k, t += points) {
-    std::copy(t, t + points, plane);
-    grid.order.for_each_point(
-        [=](std::ptrdiff_t diagonal, std::ptrdiff_t column_major) { t[column_major] = plane[diagonal]; });
+void solve_plainly(const BioheatProblem& p, const double* real, const double* imag, double* source, double* t) {
+  const std::ptrdiff_t row = p.n0, plane = row * p.n1, points = plane * p.n2;
+  const double absorbed = p.absorption / p.impedance, inverse_conductivity = 1.0 / p.conductivity;
+  const RelaxationWeights w = weights_of(p);
+  for (std::ptrdiff_t n = 0; n < points; ++n) {
+    source[n] = (imag[n] * imag[n] + real[n] * real[n]) * absorbed * inverse_conductivity;
   }
-}
-
-// One sweep each of `count` planes, from t and source downwards, each one sweep behind the plane above it.
-void relax_planes(const Grid& grid, double* t, const double* source, int count, const RelaxationWeights& weights,
-                  RelaxDiagonals relax) {
-  const int last = grid.order.diagonals() - 3;  // the last one with an interior point
-  for (int d = 2; d <= last; ++d) {
-    const int first = grid.order.first_interior(d);
-    DiagonalRun run;
-    run.own = grid.order.origin(d) + first;
-    run.next = grid.order.origin(d + 1) + first;
-    run.previous = grid.order.origin(d - 1) + first;
-    run.plane = grid.plane_points();
-    run.length = grid.order.last_interior(d) - first + 1;
-    run.planes = count;
-    relax(t, source, run, weights);
-  }
-}
-
-void sweep(const Grid& grid, double* t, const double* source, const RelaxationWeights& weights, int sweeps,
-           RelaxDiagonals relax) {
-  const int last_plane = grid.planes - 2;
-  for (int left = sweeps; left > 0; left -= sweeps_in_flight) {
-    const int in_flight = std::min(sweeps_in_flight, left);
-    // Sweep s of those in flight works s planes behind the leading one.
-    for (int leading = 1; leading <= last_plane + in_flight - 1; ++leading) {
-      const int end = std::min(in_flight, leading);
-      for (int s = std::max(0, leading - last_plane); s < end; s += sweeps_in_turn) {
-        const std::ptrdiff_t plane = (leading - s) * grid.plane_points();
-        relax_planes(grid, t + plane, source + plane, std::min(sweeps_in_turn, end - s), weights, relax);
+  std::fill_n(t, points, 0.0);
+  for (int left = p.sweeps; left > 0; --left) {
+    for (std::ptrdiff_t first = plane; first < points - plane; first += plane) {
+      for (std::ptrdiff_t begin = first + row; begin < first + plane - row; begin += row) {
+        for (std::ptrdiff_t n = begin + 1; n < begin + row - 1; ++n) {
+          t[n] = relaxed(t[n], t[n + 1], t[n - 1], t[n + row], t[n - row], t[n + plane], t[n - plane], source[n], w);
+        }
       }
     }
   }
@@ -99,15 +81,59 @@ void sweep(const Grid& grid, double* t, const double* source, const RelaxationWe
 
 }  // namespace
 
+int fastest_lanes(const BioheatProblem& problem, VectorTarget widest) {
+  // In cycles, on Emerald Rapids: a vector whose neighbours are in the caches, the same alone in its chain, what a
+  // plane and a row take besides, and a point of the plain loops.
+  constexpr struct {
+    VectorTarget target;
+    double vector, chain;
+  } costs[] = {{VectorTarget::baseline, 4.2, 23}, {VectorTarget::avx2, 5.0, 23}, {VectorTarget::avx512, 6.6, 28}};
+  constexpr double plane = 100, row = 4, plain_point = 21;
+  int lanes = 1;
+  double least = plain_point * (problem.n0 - 2) * (problem.n1 - 2);
+  for (const auto& cost : costs) {
+    if (cost.target > widest) break;
+    const SkewedLayout layout(static_cast<int>(cost.target), problem.n0, problem.n1, problem.n2);
+    const int turns = std::min({max_turns, layout.planes, layout.rows});
+    const double cycles = plane + layout.rows * (row + layout.vectors * std::max(cost.vector, cost.chain / turns));
+    if (cycles >= least) continue;
+    least = cycles;
+    lanes = layout.lanes;
+  }
+  return lanes;
+}
+
+void solve_in_lanes(VectorTarget target, const BioheatProblem& problem, const double* pressure_real,
+                    const double* pressure_imag, double* temperature) {
+  const SkewedLayout layout(static_cast<int>(target), problem.n0, problem.n1, problem.n2);
+  const SkewedFields fields(layout);
+  std::fill_n(fields.temperature(), layout.field, 0.0);
+  const double absorbed = problem.absorption / problem.impedance, inverse_conductivity = 1.0 / problem.conductivity;
+  const SkewSource skew_source = skew_source_on(target);
+  for (int k = 1; k <= layout.planes; ++k) {
+    skew_source(layout, k, {pressure_real, pressure_imag}, absorbed, inverse_conductivity, fields.source());
+  }
+  sweep(layout, weights_of(problem), problem.sweeps, target, fields.temperature(), fields.source());
+
+  const std::size_t points = std::size_t(problem.n0) * std::size_t(problem.n1) * std::size_t(problem.n2);
+  ask_for_huge_pages(temperature, points * sizeof(double));
+  zero_boundary(problem, temperature);
+  const Unskew unskew = unskew_on(target);
+  for (int k = 1; k <= layout.planes; ++k) unskew(layout, k, fields.temperature(), temperature);
+}
+
 void solve_steady_bioheat(const BioheatProblem& problem, const double* pressure_real, const double* pressure_imag,
                           double* heat_source, double* temperature, VectorTarget target) {
-  const Grid grid = {DiagonalOrder(problem.n0, problem.n1), problem.n2};
-  std::fill_n(temperature, grid.plane_points() * grid.planes, 0.0);
-  if (problem.n0 < 3 || problem.n1 < 3 || problem.n2 < 3) return;
-  const ScratchArray<double> plane(static_cast<std::size_t>(grid.plane_points()));
-  fill_source(grid, problem, pressure_real, pressure_imag, heat_source, plane.data());
-  sweep(grid, temperature, heat_source, weights_of(problem), problem.sweeps, relax_diagonals(target));
-  to_column_major(grid, temperature, plane.data());
+  if (problem.n0 < 3 || problem.n1 < 3 || problem.n2 < 3) {
+    std::fill_n(temperature, std::ptrdiff_t{problem.n0} * problem.n1 * problem.n2, 0.0);
+    return;
+  }
+  const int lanes = fastest_lanes(problem, target);
+  if (lanes == 1) {
+    solve_plainly(problem, pressure_real, pressure_imag, heat_source, temperature);
+  } else {
+    solve_in_lanes(static_cast<VectorTarget>(lanes), problem, pressure_real, pressure_imag, temperature);
+  }
 }
 
 }  // namespace kesto

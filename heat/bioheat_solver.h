@@ -19,11 +19,11 @@ struct BioheatProblem {
 
 // Arrays have n0 n1 n2 elements, point (i, j, k) at i + j n0 + k n0 n1.
 //   pressure_real, pressure_imag  in, Pa
-//   heat_source                   scratch, overwritten
+//   heat_source                   scratch of the thinnest grids; others leave it alone
 //   temperature                   out, K above the boundary; 0 where there is no interior point
 // The result is that of the plain triple loop over k, j, i, i innermost, updating in place, to the last bit and for
-// every target (only the payload of a NaN may differ). One more plane of scratch comes from the host; error "Out of
-// memory." when it is refused.
+// every target (only the payload of a NaN may differ). The host lends some 17 bytes a point (docs/solver.md) meanwhile;
+// error "Out of memory." when it refuses.
 void solve_steady_bioheat(const BioheatProblem& problem, const double* pressure_real, const double* pressure_imag,
                           double* heat_source, double* temperature, VectorTarget target = chosen_vector_target());
 

@@ -1,8 +1,11 @@
 """Holds the results of builds against those of the first: arguments are build folders with results-<target> in them."""
+import argparse
 import collections
 import sys
 
-TARGETS = ("baseline", "avx2", "avx512")
+parser = argparse.ArgumentParser(description=__doc__)
+parser.add_argument("--targets", nargs="+", default=["baseline", "avx2", "avx512"])
+parser.add_argument("builds", nargs="+")
 
 
 def read(path):
@@ -14,10 +17,11 @@ def read(path):
     return values
 
 
-first = read(f"{sys.argv[1]}/results-{TARGETS[0]}")
+arguments = parser.parse_args()
+first = read(f"{arguments.builds[0]}/results-{arguments.targets[0]}")
 failed = False
-for build in sys.argv[1:]:
-    for target in TARGETS:
+for build in arguments.builds:
+    for target in arguments.targets:
         results = read(f"{build}/results-{target}")
         worst, agrees = 0.0, True
         for name, reference in first.items():

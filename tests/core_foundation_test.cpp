@@ -165,6 +165,10 @@ TEST(SampleCount, ToleratesRoundingAndRefusesWhatCannotBeCounted) {
       {0, 1, inf, 1},   {inf, inf, 1, 1}, {-1e308, 1e308, 1, 0}, {0, 2147483647., 1, 0}, {nan, 1, 1, 0},
       {0, 1, nan, 0},   {0, inf, inf, 0}, {0, 1e18, 1, 0},       {-inf, inf, 0.1, 0},    {0, 2147483646., 1, INT_MAX}};
   for (const Doubles& c : cases) EXPECT_EQ(std::max(0, kesto::sample_count(c[0], c[1], c[2])), c[3]) << c[1] << c[2];
+  // A single sample is 0 step + min as any other.
+  double one[3];
+  kesto::fill_samples(one, 1, 2, inf), kesto::fill_samples(one + 1, 1, -0.0, 1), kesto::fill_samples(one + 2, 1, 3, 0);
+  EXPECT_TRUE(std::isnan(one[0]) && one[1] == 0 && !std::signbit(one[1]) && one[2] == 3);
 }
 
 TEST(TimeSamples, ChecksRangesAndKeepsItsSamplesWhenTheyFail) {

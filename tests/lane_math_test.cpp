@@ -10,19 +10,12 @@
 #include <vector>
 
 #include "tests/support/lane_math_arrays.h"
+#include "tests/support/targets.h"
 
 namespace {
 
 std::mt19937_64 random_bits(20261121);
 double uniform(double low, double high) { return std::uniform_real_distribution<>(low, high)(random_bits); }
-
-std::vector<kesto::VectorTarget> targets() {
-  std::vector<kesto::VectorTarget> available;
-  for (const kesto::VectorTarget target : kesto::all_vector_targets) {
-    if (kesto::is_available(target)) available.push_back(target);
-  }
-  return available;
-}
 
 // Both signs, all magnitudes up to the range, its very ends.
 std::vector<double> arguments(double range) {
@@ -36,9 +29,9 @@ std::vector<double> arguments(double range) {
 
 TEST(LaneMath, ExpKeepsItsError) {
   const std::vector<double> x = arguments(kesto::exp_range);
-  for (const kesto::VectorTarget target : targets()) {
+  for (const kesto::VectorTarget target : kesto::available_targets()) {
     std::vector<double> y(x.size());
-    kesto::exp_of_array(target, x.data(), y.data(), x.size());
+    kesto::apply_to_arrays<kesto::ExpOfArray>(target, {x.data()}, {y.data()}, x.size());
     long double worst = 0;
     for (size_t i = 0; i < x.size(); ++i)
       worst = std::max(worst, std::abs(y[i] / std::exp(static_cast<long double>(x[i])) - 1));
@@ -52,9 +45,9 @@ TEST(LaneMath, SincosKeepsItsErrorEvenAtItsZeros) {
     const double zero = quarter * 1.5707963267948966;
     for (const double near : {std::nextafter(zero, 0), zero, std::nextafter(zero, 1e9)}) x.push_back(near);
   }
-  for (const kesto::VectorTarget target : targets()) {
+  for (const kesto::VectorTarget target : kesto::available_targets()) {
     std::vector<double> s(x.size()), c(x.size());
-    kesto::sincos_of_array(target, x.data(), s.data(), c.data(), x.size());
+    kesto::apply_to_arrays<kesto::SincosOfArray>(target, {x.data()}, {s.data(), c.data()}, x.size());
     long double worst = 0;
     for (size_t i = 0; i < x.size(); ++i) {
       const long double exact = x[i];
@@ -68,16 +61,16 @@ TEST(LaneMath, SincosKeepsItsErrorEvenAtItsZeros) {
 TEST(LaneMath, LeavesOutliersToLibmAndItsNeighboursAlone) {
   const double inf = std::numeric_limits<double>::infinity(), nan = std::nan("");
   const double outliers[] = {inf, -inf, nan, 710.5, -746.0, 3.1e6, -1e300};
-  for (const kesto::VectorTarget target : targets()) {
+  for (const kesto::VectorTarget target : kesto::available_targets()) {
     for (size_t n = 0; n <= 19; ++n) {
       for (size_t lane = 0; lane < n; ++lane) {
         const double outlier = outliers[(lane + n) % 7];
         std::vector<double> x(n, 0.5), e(n + 1, 7), s(n + 1, 7), c(n + 1, 7), re(n + 1, 7), im(n + 1, 7);
         x[lane] = outlier;
         std::copy(x.begin(), x.end(), re.begin());
-        kesto::exp_of_array(target, x.data(), e.data(), n);
-        kesto::sincos_of_array(target, x.data(), s.data(), c.data(), n);
-        kesto::complex_exp_of_array(target, re.data(), x.data(), re.data(), im.data(), n);
+        kesto::apply_to_arrays<kesto::ExpOfArray>(target, {x.data()}, {e.data()}, n);
+        kesto::apply_to_arrays<kesto::SincosOfArray>(target, {x.data()}, {s.data(), c.data()}, n);
+        kesto::apply_to_arrays<kesto::ComplexExpOfArray>(target, {re.data(), x.data()}, {re.data(), im.data()}, n);
         const auto same = [](double a, double b) { return a == b || (std::isnan(a) && std::isnan(b)); };
         const bool far = !(std::abs(outlier) <= kesto::sincos_range);
         EXPECT_TRUE(same(e[lane], std::exp(outlier))) << outlier;

@@ -1,18 +1,12 @@
 // Writes the solver's temperatures and fields of every geometry for one scenario each, a line to a value: what
 // scripts/compare-compilers holds builds by different compilers against.
-#include <cmath>
 #include <cstdio>
-#include <functional>
 #include <random>
 #include <vector>
 
-#include "core/medium.h"
-#include "core/numerical_integration.h"
 #include "excitation/hanning_pulse.h"
 #include "heat/bioheat_solver.h"
-#include "transducers/circular_transducer.h"
-#include "transducers/rectangular_transducer.h"
-#include "transducers/spherical_ring_transducer.h"
+#include "tests/support/methods.h"
 
 namespace {
 
@@ -36,47 +30,25 @@ void solve() {
 }
 
 void fields() {
-  std::vector<double> points(3 * 300);
-  for (std::size_t i = 0; i < points.size(); ++i) points[i] = i < 600 ? uniform(-0.02, 0.02) : uniform(1e-3, 0.1);
-  CoordinateGrid grid;
-  grid.CoordinateGridVector(points.data(), 300);
-  Medium medium;
-  medium._f0 = 1e6, medium._soundspeed = 1540, medium._rho_density = 1060, medium._dBcmMHz = 0.5;
-  TimeSamples time(1.0 / 20e6, 0, 80e-6);
-  HanningPulse pulse(1, 1e6, 3e-6, 0, 2);
-  CircularTransducer disc(8e-3, 1, 0.3);
-  RectangularTransducer rectangle(9e-3, 14e-3, 1, 0.3);
-  SphericalRingTransducer bowl(4e-3, 12e-3, 30e-3, 1, 0.3);
-  const struct {
-    const char* name;
-    Transducer& element;
-    std::function<int()> compute;
-    bool transient;
-  } computations[] = {
-      {"disc_fnm", disc, [&] { return disc.fnm_cw(); }, false},
-      {"disc_rayleigh", disc, [&] { return disc.rayleigh_cw(); }, false},
-      {"rectangle_fnm", rectangle, [&] { return rectangle.fnm_cw(); }, false},
-      {"rectangle_rayleigh", rectangle, [&] { return rectangle.rayleigh_cw(); }, false},
-      {"bowl_fnm", bowl, [&] { return bowl.fnm_cw(); }, false},
-      {"disc_transient", disc, [&] { return disc.fnm_transient(); }, true},
-      {"bowl_tsd", bowl, [&] { return bowl.fnm_tsd(); }, true},
+  scenes::Scene scene;
+  for (int i = 0; i < 300; ++i) {
+    const double x = uniform(-0.02, 0.02), y = uniform(-0.02, 0.02);
+    scene.points.emplace_back(x, y, uniform(1e-3, 0.1));
+  }
+  scene.medium._soundspeed = 1540, scene.medium._rho_density = 1060, scene.medium._dBcmMHz = 0.5;
+  scene.nodes = 60;
+  const auto add = [&](const auto& method) {
+    const scenes::Element e = scenes::make_element(method.shape, 9e-3, 4e-3, 30e-3, 7e-3);
+    e.face->set_euler(0.1, -0.2, 0.3);
+    write(method.name().c_str(), scenes::run(scene, *e.face, method.method->compute).values);
   };
-  for (const auto& c : computations) {
-    NumericalIntegration rule;
-    rule.allocate_memory(60);
-    rule.gauss_quadrature();
-    c.element.set_medium(&medium), c.element.set_global_coordinate_grid(&grid), c.element.set_integral_pointer(&rule);
-    c.element.set_time_vector(&time), c.element.excitation = &pulse;
-    c.element.set_euler(0.1, -0.2, 0.3);
-    std::vector<double> re(300), im(300), traces(300 * static_cast<std::size_t>(time.nt));
-    if (c.transient) {
-      c.element.set_transient_pressure_pointer(traces.data());
-    } else {
-      c.element.set_complex_pressure_pointers(re.data(), im.data());
-    }
-    c.compute();
-    write(c.name, c.transient ? traces : re);
-    if (!c.transient) write(c.name, im);
+  for (const auto& m : scenes::of_every_shape(scenes::wave_methods)) {
+    if (m.method->kind == scenes::Kind::rim || m.method->kind == scenes::Kind::rayleigh) add(m);
+  }
+  HanningPulse pulse(1, 1e6, 3e-6, 0, 2);
+  scene.pulse = &pulse, scene.tmax = 80e-6, scene.deltat = 1.0 / 20e6;
+  for (const auto& m : scenes::of_every_shape(scenes::transient_methods)) {
+    if (m.method->tolerance > 0 && m.method->tolerance < 1e-6) add(m);
   }
 }
 

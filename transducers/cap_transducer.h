@@ -19,7 +19,7 @@ struct CapFace {
 //
 // Continuous waves are silent until the weight is set; transients go by the amplitude, which starts at 1, and are
 // lossless whatever the medium attenuates, but for the nonlinear ones.
-class CapTransducer : public AxisymmetricTransducer {
+class CapTransducer : public BeamingTransducer<AxisymmetricTransducer::WithFarField> {
  public:
   // The rim integral of McGough and Kelly's fast nearest method for a shell; at the centre of curvature its lossless
   // limit, j 2 pi rho f0 (depth) w, times e^{-(alpha + jk) roc}, with f0 as stored. Without f0: a warning, and the
@@ -37,8 +37,6 @@ class CapTransducer : public AxisymmetricTransducer {
   // In single precision, four polar angles at a time; those beyond a multiple of four are left out. An unset f0 gets
   // its default within the sum.
   int rayleigh_cw_sse() override;
-
-  virtual int farfield_cw_lossless() { return 1; }
 
   // The earliest and the latest time at which a grid point hears the cap of the outer radius, with the element's delay.
   // An empty grid leaves the window as it is.
@@ -59,10 +57,6 @@ class CapTransducer : public AxisymmetricTransducer {
   int fnm_tsd_behind_source() override;  // points behind the cap too
   int fnm_fdtsd() override;              // through the signal's complex factors
   int fnm_tsd_low_precision() override;  // geometry in single precision
-
-  // The nonlinear beam by the KZK equation, as DiscTransducer has it.
-  int kzk_cw() override;
-  int kzk_transient() override;
 
   virtual CapFace face() const = 0;
 

@@ -17,7 +17,7 @@ struct DiscFace {
 //
 // Continuous waves are silent until the weight is set; transients go by the amplitude, which starts at 1, and are
 // lossless whatever the medium attenuates, but for the nonlinear ones.
-class DiscTransducer : public AxisymmetricTransducer {
+class DiscTransducer : public BeamingTransducer<AxisymmetricTransducer::WithoutFarField> {
  public:
   // p = (rho c a w / pi) int_0^pi (r cos psi - a) / (r^2 + a^2 - 2 a r cos psi) [E(R) - E(z)] dpsi, with
   // R^2 = z^2 + r^2 + a^2 - 2 a r cos psi and E(d) = e^{-(alpha + jk) d}: the fast nearest method of McGough, Samulski
@@ -67,14 +67,6 @@ class DiscTransducer : public AxisymmetricTransducer {
 
   // The Rayleigh integral in time over the cells of rayleigh_cw, with the excitation's derivative.
   int rayleigh_transient() override;
-
-  // The nonlinear beam by the KZK equation, marched from the face outward (kzk/beam.h): the rule's KZK parameters give
-  // steps, radius and harmonics, 0 leaving the choice to the solver, and which harmonic is superposed (0: the first).
-  // Points with z <= 0 get nothing. The rule's nodes are not used.
-  int kzk_cw() override;
-
-  // The same of a pulse, with the excitation at the time samples; it attenuates.
-  int kzk_transient() override;
 
   virtual DiscFace face() const = 0;
 

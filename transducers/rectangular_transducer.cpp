@@ -15,6 +15,15 @@ RectangularTransducer::RectangularTransducer(double w, double h, double a, doubl
   Transducer::set_phase(phi);
 }
 
+RectangularTransducer::RectangularTransducer(const RectangularTransducer& other)
+    : DecliningTransducer(other), width(other.width), height(other.height) {}
+
+RectangularTransducer& RectangularTransducer::operator=(const RectangularTransducer& other) {
+  DecliningTransducer::operator=(other);
+  width = other.width, height = other.height;
+  return *this;
+}
+
 void RectangularTransducer::debug(int level) {
   Transducer::debug(level);
   std::cout << "Width:" << width << "\nHeight:" << height << std::endl;

@@ -15,6 +15,8 @@ class RectangularTransducer : public kesto::DecliningTransducer {
   RectangularTransducer(double width, double height);
   RectangularTransducer(double width, double height, double time_delay);
   RectangularTransducer(double width, double height, double amplitude, double phase);
+  RectangularTransducer(const RectangularTransducer& other);
+  RectangularTransducer& operator=(const RectangularTransducer& other);
 
   void debug(int) override;
   void mex_debug(int) override;
@@ -53,20 +55,42 @@ class RectangularTransducer : public kesto::DecliningTransducer {
   // leaves the largest double and 0.
   int impulse_begin_and_end_times() override;
 
-  // The stages of a decomposition. init_fnm_tsd makes room for the tables, and again where they are there already;
-  // free_fnm_tsd releases them. KEPT: the destructor does not.
+  // The closed form of the velocity potential of a uniform unit velocity, c / 2 pi times the angle of the arc on which
+  // the sphere of radius c t about the point cuts the face; times the amplitude, delayed.
+  int impulse_response() override;
+
+  // The edge integrals with the delayed signal for the exponentials,
+  //   -(rho c amplitude / 2 pi) sum over the edges of int D / (D^2 + u^2) [v(t - R / c) - v(t - z / c)] du,
+  // computed from the arrival of the nearest point of the face to the end of the pulse from its farthest corner. Times
+  // need no common step here; those of a decomposition do.
+  int fnm_transient() override;
+
+  // The same by time-space decomposition, in three stages: init_fnm_tsd makes room for the tables, and again where they
+  // are there already; call_fnm_tsd fills them and computes; free_fnm_tsd releases them. Grid, medium and pose may be
+  // others at every call, and so may rule, time vector and signal of the same numbers of nodes, samples and terms;
+  // other numbers than init_fnm_tsd found are an error, as is no init_fnm_tsd. fnm_tsd is the three in turn and ends
+  // with the tables released. KEPT: the destructor does not release them.
   int init_fnm_tsd() override;
+  int call_fnm_tsd() override;
   int free_fnm_tsd() override;
+  int fnm_tsd() override;
+  int fnm_fdtsd() override;              // the same by complex terms
+  int fnm_tsd_low_precision() override;  // rays in single precision
 
   double width = 0;   // m
   double height = 0;  // m
 
-  // The tables of a decomposition between init_fnm_tsd and free_fnm_tsd, else null.
+  // The tables of a decomposition of the element's own, no part of its copies, between init_fnm_tsd and free_fnm_tsd,
+  // else null.
   double *tsd_t_squared = nullptr, *tsd_t_weight = nullptr;   // of the rule's nodes on [0, 1]
   double *tsd_x = nullptr, *tsd_x_weight = nullptr;           // on [-a, a]
   double *tsd_y = nullptr, *tsd_y_weight = nullptr;           // on [-b, b]
   double* tsd_trace = nullptr;                                // one value to a time sample
   double *tsd_spatial_1 = nullptr, *tsd_spatial_2 = nullptr;  // one value to a term, of the signal ...
-  double *tsd_spatial_3 = nullptr, *tsd_spatial_4 = nullptr;  // ... along rays from each of four edges
+  double *tsd_spatial_3 = nullptr, *tsd_spatial_4 = nullptr;  // ... along four rays of an edge pair's node
   double* tsd_temporal = nullptr;                             // [term][time sample]
+
+ private:
+  // What init_fnm_tsd made room for.
+  int tsd_nodes_ = 0, tsd_samples_ = 0, tsd_terms_ = 0;
 };

@@ -14,6 +14,11 @@ std::vector<Geometry> bodies_of_revolution() {
 }
 
 Points points_in_time(const Geometry& geometry) {
+  if (geometry.name == "rectangle") {  // on the axis, over the face, an edge and a corner, beside either edge and both
+    const double a = rectangle_width / 2, b = rectangle_height / 2;
+    return {{0, 0, 5e-3},  {0, 0, 40e-3},      {3e-3, 2e-3, 4e-3},  {a, 1e-3, 6e-3},      {-2e-3, b, 5e-3},
+            {a, -b, 4e-3}, {7e-3, 3e-3, 2e-3}, {9e-3, 12e-3, 8e-3}, {1e-3, -11e-3, 3e-3}, {2e-3, -3e-3, 60e-3}};
+  }
   if (geometry.roc == 0) {
     return {{0, 0, 5e-3},    {0, 0, 40e-3},      {3e-3, 2e-3, 4e-3}, {7.5e-3, 0, 6e-3},
             {0, 3e-3, 2e-3}, {9e-3, 5e-3, 8e-3}, {12e-3, 0, 2e-3},   {2e-3, -3e-3, 60e-3}};
@@ -37,6 +42,19 @@ double to_rim_from_axis(const Geometry& geometry, double radius, double z) {
 }
 
 std::vector<double> arrivals(const Geometry& geometry, const Point& p) {
+  if (geometry.name == "rectangle") {
+    std::vector<double> times = {std::max(p.z, 0.0) / water.soundspeed};
+    for (const double dx : {rectangle_width / 2 - p.x, rectangle_width / 2 + p.x}) {
+      times.push_back(std::hypot(dx, p.z) / water.soundspeed);
+      for (const double dy : {rectangle_height / 2 - p.y, rectangle_height / 2 + p.y}) {
+        times.push_back(std::hypot(dy, p.z) / water.soundspeed);
+        times.push_back(std::hypot(dx, dy, p.z) / water.soundspeed);
+      }
+    }
+    std::sort(times.begin(), times.end());
+    times.erase(std::unique(times.begin(), times.end()), times.end());
+    return times;
+  }
   const double r = std::hypot(p.x, p.y), centre = std::hypot(r, p.z - geometry.roc);
   std::vector<double> distances = {p.z};
   if (geometry.roc > 0) distances = {geometry.roc - centre, geometry.roc + centre};

@@ -1,4 +1,4 @@
-// The four bodies of revolution in time: where their fields are looked at, and when sound arrives there.
+// The geometries in time: where their fields are looked at, and when sound arrives there.
 #pragma once
 
 #include <vector>
@@ -21,7 +21,7 @@ double depth_of(const Geometry& geometry, double radius);
 double to_rim_from_axis(const Geometry& geometry, double radius, double z);
 
 // When the impulse response may jump or bend, ascending (s): the arrivals along the normals of the face and from the
-// nearest and the farthest point of each rim.
+// nearest and the farthest point of each rim; of a rectangle, from the feet on its edges' lines and from its corners.
 std::vector<double> arrivals(const Geometry& geometry, const Point& p);
 
 }  // namespace kesto::validation

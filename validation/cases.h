@@ -14,6 +14,7 @@ void efficiency_cases(Report& report);        // the terms and the time that an 
 void abscissa_cases(Report& report);          // how many abscissas height and frequency ask for
 void impulse_response_cases(Report& report);  // pulses as convolutions with the impulse response
 void transient_cases(Report& report);         // pulses and bursts in closed form, by cells, decomposed
-void kzk_cases(Report& report);              // nonlinear beams
+void kzk_cases(Report& report);               // nonlinear beams
+void sampled_signal_cases(Report& report);    // sampled pulses and their clipping
 
 }  // namespace kesto::validation

@@ -182,7 +182,7 @@ void impulse_response_cases(Report& report) {
   report.heading("G  in time: a Hanning pulse as rho times the impulse response's convolution; its integral");
   Table table(report.path("transient_convergence.csv"), "geometry,quantity,value,error");
   Table traces(report.path("traces.csv"), "geometry,point,microseconds,since_beginning,fnm_transient,convolution");
-  for (const Geometry& geometry : bodies_of_revolution()) {
+  for (const Geometry& geometry : geometries()) {
     compare_convolution(report, table, traces, geometry);
     compare_integral(report, geometry);
     if (geometry.roc > 0) compare_focal_impulse(report, geometry);

@@ -25,7 +25,7 @@ bool validate(const std::string& output, bool quick) {
   std::filesystem::create_directories(output);
   Report report(output, quick);
   for (const auto cases : {axis_cases, plane_cases, far_field_cases, bowl_cases, convergence_cases, efficiency_cases,
-                           abscissa_cases, impulse_response_cases, transient_cases, kzk_cases}) {
+                           abscissa_cases, impulse_response_cases, transient_cases, sampled_signal_cases, kzk_cases}) {
     cases(report);
   }
   report.write_verdicts();

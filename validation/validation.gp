@@ -138,6 +138,52 @@ unset multiplot
 set autoscale
 set ytics autofreq
 
+# The rectangle likewise; sampled signals.
+eval png(1200, 560)
+set output 'rectangle_in_time.png'
+set multiplot layout 1, 2 margins 0.12, 0.97, 0.12, 0.88 spacing 0.12 title \
+  "Rectangle, 9 x 15 mm: a pulse in time, and what clipping its samples costs"
+where_seen(j) = word("'over the face' 'over an edge' 'over a corner' 'beside a corner'", j)
+seen(j) = real(word('2 3 5 7', j))
+seen_trace(j, v) = strcol(1) eq 'rectangle' && column(2) == seen(j) ? v : NaN
+array peak[4]
+unset ytics
+set ytics ()
+set autoscale
+do for [j = 1:4] {
+  stats 'traces.csv' using (seen_trace(j, abs($6))) nooutput
+  peak[j] = STATS_max
+  set ytics add (where_seen(j) line_of(j))
+}
+set title 'fnm\_transient (lines), h convolved (points)'
+set ylabel ''
+set xrange [-2:22]
+set yrange [-1.4:8]
+plot for [j = 1:4] 'traces.csv' using (seen_trace(j, $4)):($5 / peak[j] + line_of(j)) with lines linewidth 1.5 \
+       linecolor rgb colour(3), \
+     for [j = 1:4] 'traces.csv' using (seen_trace(j, $4)):($6 / peak[j] + line_of(j)) every 2 with points \
+       pointtype 6 pointsize 0.35 linecolor 'black'
+set title 'A sampled ringing pulse; numbers: kept bins'
+set xlabel 'clip\_threshold'
+set ylabel 'largest error / largest value'
+set logscale xy
+set format '10^{%T}'
+set ytics autofreq
+set xrange [5e-7:1]
+set yrange [1e-9:10]
+set key top left Left reverse
+plot 'clipping.csv' using 1:3 with linespoints pointtype 7 pointsize 0.6 linewidth 1.5 linecolor rgb colour(1) \
+       title 'the signal', \
+     '' using 1:4 with linespoints pointtype 7 pointsize 0.6 linewidth 1.5 linecolor rgb colour(3) \
+       title 'the field', \
+     '' using 1:($4 / 3):2 with labels notitle
+unset multiplot
+unset logscale
+unset key
+set format '%g'
+set autoscale
+set ytics autofreq
+
 # What it takes.
 eval png(1200, 520)
 set output 'transient_convergence.png'

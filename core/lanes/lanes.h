@@ -139,7 +139,7 @@ KESTO_INLINE Double<Target> multiply_add(Double<Target> a, Double<Target> b, Dou
 
 template <class Target>
 KESTO_INLINE Double<Target> sqrt(Double<Target> v) {
-  Double<Target> root;
+  Double<Target> root = v;
   for (int lane = 0; lane < Target::width; ++lane) root[lane] = __builtin_sqrt(v[lane]);  // becomes one instruction
   return root;
 }

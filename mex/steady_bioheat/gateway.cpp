@@ -1,8 +1,10 @@
 // T = steady_bioheat(P, MEDIUM, DX, DY, DZ, SWEEPS): the module's one function. See matlab/steady_bioheat.m.
 #include <climits>
 #include <cstdio>
+#include <initializer_list>
 
 #include "core/internal/host.h"
+#include "core/internal/huge_pages.h"
 #include "core/internal/to_int32.h"
 #include "core/medium.h"
 #include "core/mex/mex_api.h"
@@ -47,6 +49,7 @@ SplitPressure split_pressure(const mxArray* input) {
   }
   double* const real = mxGetPr(mxCreateNumericArray(3, split.dims, mxDOUBLE_CLASS, mxREAL));
   double* const imag = mxGetPr(mxCreateNumericArray(3, split.dims, mxDOUBLE_CLASS, mxREAL));
+  for (double* const half : {real, imag}) kesto::ask_for_huge_pages(half, split.count * sizeof(double));
   for (std::size_t n = 0; n < split.count; ++n) {
     real[n] = interleaved[n].real;
     imag[n] = interleaved[n].imag;

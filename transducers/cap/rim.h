@@ -14,7 +14,8 @@ struct CapRim {
   int n;
   const double *cosine, *weight;
 
-  // By way of the centre of curvature, whose side decides the sign.
+  // The reference wave passes through the centre of curvature: beyond it a point is at roc plus its distance from the
+  // centre, before it at roc less that distance.
   template <class T>
   KESTO_INLINE Double<T> reference_distance(const LocalPoints<T>& p) const {
     const Double<T> z = p.z - cap.roc, centre = sqrt<T>(p.x * p.x + p.y * p.y + z * z);

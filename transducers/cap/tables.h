@@ -35,7 +35,7 @@ struct Cap {
 
 inline bool is_apex(const CartesianCoordinate& p) { return p.z == 0 && std::sqrt(p.x * p.x + p.y * p.y) == 0; }
 
-// Calls compute(cap, sign) for the cap and for the one it lacks.
+// Calls compute(cap, sign) for the outer cap, +1, and for the hole of an annulus, -1.
 template <class Compute>
 void for_each_cap(CapFace face, Compute compute) {
   compute(Cap(face.outer, face.roc), 1.0);
@@ -55,7 +55,8 @@ struct CapRimTables {
   ScratchArray<double> cosine, weight;
 };
 
-// Sines and cosines of the polar angles of n rings, and the area of each of their n cells with its mirror image.
+// Sines and cosines of the polar angles of n rings. Each ring has n cells over half its circumference; `area` is that
+// of a cell and of its mirror image in the other half.
 struct CapRingTables {
   CapRingTables(const Cap& cap, int n) : sine(n), cosine(n), area(n) {
     const double half_angle = std::asin(cap.radius / cap.roc);

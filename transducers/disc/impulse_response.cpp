@@ -12,12 +12,13 @@ namespace kesto {
 
 namespace {
 
-// Of the disc about the axis, at a point r from it and z over it. The velocity potential of a uniform unit velocity,
-// when the sphere of radius c t about the point cuts the disc (Oberhettinger 1961; Stepanishen 1971).
+// The velocity potential at a point, at distance r from the axis and height z, of a disc of radius a that starts to
+// move with unit velocity at t = 0: c over pi times half the angle of the arc in which the sphere of radius c t about
+// the point cuts the disc (Oberhettinger 1961; Stepanishen 1971).
 struct DiscResponse {
   double a, c, r, z;
 
-  // The sphere cuts the disc in an arc.
+  // Where the sphere meets the rim.
   double arc(double t) const {
     const double in_plane = c * c * t * t - z * z;  // squared radius of the cut
     const double numerator = r * r + in_plane - a * a;

@@ -12,7 +12,7 @@
 
 namespace kesto {
 
-// Calls compute(radius, sign) for the disc and for the one it lacks.
+// Calls compute(radius, sign) for the outer disc, +1, and for the hole of an annulus, -1.
 template <class Compute>
 void for_each_disc(DiscFace face, Compute compute) {
   compute(face.outer, 1.0);

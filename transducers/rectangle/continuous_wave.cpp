@@ -105,12 +105,13 @@ int RectangularTransducer::fnm_cw() {
   const Wave wave = wave_or_default(properties);
   if (is_silent(*this)) return 0;
   require_complex_output(*this);
-  const RectangleTables t(*this);
+  const RectangleTables tables(*this);
+  const RectangleNodes t = tables.nodes();
   const EdgeIntegral<EdgesOfRectangle<whole>> outside = {EdgesOfRectangle<whole>(t)};
   const EdgeIntegral<EdgesOfRectangle<split_along_x>> beside_y = {EdgesOfRectangle<split_along_x>(t)};
   const EdgeIntegral<EdgesOfRectangle<split_along_y>> beside_x = {EdgesOfRectangle<split_along_y>(t)};
   const EdgeIntegral<EdgesOfRectangle<split_along_both>> within = {EdgesOfRectangle<split_along_both>(t)};
-  const double extent = t.extent();
+  const double extent = tables.extent();
   const PointKernel kernels[kinds_of_edges] = {
       {outside, wave, extent}, {beside_y, wave, extent}, {beside_x, wave, extent}, {within, wave, extent}};
   const Complex scale = rectangle_rim_factor(*this, properties._rho_density * properties._soundspeed, -two_pi);

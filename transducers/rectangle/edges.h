@@ -21,7 +21,7 @@ struct EdgePair {
 // The kinds of edge that points see: whether the foot of the perpendicular splits the edges along x, and those along y.
 enum RectangleEdges : int { whole, split_along_x, split_along_y, split_along_both, kinds_of_edges };
 
-inline int kind_of_edges(const RectangleTables& t, const CartesianCoordinate& p) {
+inline int kind_of_edges(const RectangleNodes& t, const CartesianCoordinate& p) {
   return (is_split(t.a + p.x, t.a - p.x) ? split_along_x : whole) +
          (is_split(t.b - p.y, t.b + p.y) ? split_along_y : whole);
 }
@@ -29,12 +29,12 @@ inline int kind_of_edges(const RectangleTables& t, const CartesianCoordinate& p)
 // Weights D / (D^2 + u^2), for u along the edge from the foot of the perpendicular.
 template <int kind>
 struct EdgesOfRectangle {
-  explicit EdgesOfRectangle(const RectangleTables& t)
+  explicit EdgesOfRectangle(const RectangleNodes& t)
       : a(t.a),
         b(t.b),
         n(t.n),
-        along_x{t.x.data(), t.x_weight.data(), t.t_squared.data(), t.t_weight.data()},
-        along_y{t.y.data(), t.y_weight.data(), t.t_squared.data(), t.t_weight.data()} {}
+        along_x{t.x, t.x_weight, t.t_squared, t.t_weight},
+        along_y{t.y, t.y_weight, t.t_squared, t.t_weight} {}
 
   double a, b;
   int n;

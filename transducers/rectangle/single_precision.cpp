@@ -8,35 +8,11 @@
 #include "core/numerical_helpers.h"
 #include "fields/context.h"
 #include "fields/point_road.h"
-#include "transducers/rectangle/tables.h"
+#include "transducers/rectangle/float_edges.h"
 
 namespace kesto {
 
 namespace {
-
-// The distances of a point's projection from the lines of the four edges, and its height.
-struct FloatPoint {
-  FloatPoint(const CartesianCoordinate& p, const RectangleTables& t)
-      : x(static_cast<float>(p.x)), y(static_cast<float>(p.y)), z(static_cast<float>(p.z)), z2(z * z) {
-    const float a = static_cast<float>(t.a), b = static_cast<float>(t.b);
-    d1 = a - x, d2 = b - y, d3 = a + x, d4 = b + y;
-  }
-  float x, y, z, z2, d1, d2, d3, d4;
-};
-
-// One of the two pairs of parallel edges: their distances across, the distances of their ends along, and the nodes.
-struct FloatEdgePair {
-  float ends[2], d[2], foot;
-  const double *whole, *whole_weight;
-  bool split() const { return is_split(ends[0], ends[1]); }
-};
-
-// Calls add for either pair, that along x first.
-template <class Add>
-void for_each_pair(const FloatPoint& p, const RectangleTables& t, Add add) {
-  add(FloatEdgePair{{p.d3, p.d1}, {p.d4, p.d2}, p.x, t.x.data(), t.x_weight.data()});
-  add(FloatEdgePair{{p.d2, p.d4}, {p.d3, p.d1}, p.y, t.y.data(), t.y_weight.data()});
-}
 
 float wavelength_in(const Medium& medium) {
   return static_cast<float>(medium._soundspeed / frequency_of_wavelength(medium));
@@ -54,7 +30,8 @@ int RectangularTransducer::fnm_cw_single() {
   if (is_silent(*this)) return 0;
   require_complex_output(*this);
   const float minus_alpha = static_cast<float>(-attenuation_of(properties));
-  const RectangleTables t(*this, true);
+  const RectangleTables tables(*this, true);
+  const RectangleNodes t = tables.nodes();
   const double rho_c = static_cast<double>(static_cast<float>(properties._rho_density)) *
                        static_cast<double>(static_cast<float>(properties._soundspeed));
   const Complex factor = rectangle_rim_factor(*this, rho_c, static_cast<double>(-two_pi_single));
@@ -94,7 +71,8 @@ int RectangularTransducer::fnm_cw_sse() {
   require_complex_output(*this);
   const Float4 minus_k = broadcast_ps(static_cast<float>(-wave.wavenumber));
   const Float4 minus_alpha = broadcast_ps(static_cast<float>(-wave.attenuation));
-  const RectangleTables t(*this, false, 4);
+  const RectangleTables tables(*this, false, 4);
+  const RectangleNodes t = tables.nodes();
   const Complex factor = rectangle_rim_factor(*this, properties._rho_density * properties._soundspeed, -two_pi);
   superpose_values(*this, is_in_front, [&](const CartesianCoordinate& local) {
     const FloatPoint p(local, t);
@@ -132,7 +110,8 @@ int RectangularTransducer::fnm_cw_sse2() {
   if (is_silent(*this)) return 0;
   require_complex_output(*this);
   const float minus_alpha = static_cast<float>(-attenuation_of(properties));
-  const RectangleTables t(*this, true);
+  const RectangleTables tables(*this, true);
+  const RectangleNodes t = tables.nodes();
   const float rho_c = static_cast<float>(properties._rho_density) * static_cast<float>(properties._soundspeed);
   const Complex factor = rectangle_rim_factor(*this, static_cast<double>(rho_c), -two_pi);
   superpose_values(*this, is_in_front, [&](const CartesianCoordinate& local) {
@@ -172,7 +151,8 @@ int RectangularTransducer::rayleigh_cw_sse() {
   require_complex_output(*this);
   const Float4 minus_k = broadcast_ps(static_cast<float>(-wave.wavenumber));
   const Float4 minus_alpha = broadcast_ps(static_cast<float>(-wave.attenuation));
-  const RectangleTables t(*this);
+  const RectangleTables tables(*this);
+  const RectangleNodes t = tables.nodes();
   const Complex factor = rectangle_rayleigh_factor(*this);
   for_each_local_point(*this, [&](int index, const CartesianCoordinate& local) {
     if (!(local.z >= 0)) return;

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <complex>
 
+#include "core/constants.h"
 #include "core/internal/host.h"
 #include "core/medium.h"
 #include "core/numerical_integration.h"
@@ -12,6 +13,13 @@
 namespace kesto {
 
 // A rule on [-1, 1] mapped to the two sides' half-lengths and, for a side split at a foot, to [0, 1].
+struct RectangleNodes {
+  double a, b;  // half the sides, m
+  int n;
+  const double *t_squared, *t_weight, *x, *x_weight, *y, *y_weight;
+};
+
+// Such nodes in memory of their own.
 struct RectangleTables {
   // `rounded`: maps nodes and weights rounded to single precision. `padded_to`: fills up to a multiple of that many
   // with copies of the last node of no weight.
@@ -48,6 +56,14 @@ struct RectangleTables {
   // owner left on another interval is used as it is, with nodes beyond the rectangle.
   double extent() const { return 2 * farthest_node * (std::fabs(a) + std::fabs(b)); }
 
+  RectangleNodes nodes() const {
+    return {a, b, n, t_squared.data(), t_weight.data(), x.data(), x_weight.data(), y.data(), y_weight.data()};
+  }
+
+  void scale_weights(double factor) const {
+    for (int i = 0; i < n; ++i) t_weight[i] *= factor, x_weight[i] *= factor, y_weight[i] *= factor;
+  }
+
   double a, b;  // half the sides, m
   int n;
   double farthest_node = 1;  // in half sides
@@ -64,6 +80,11 @@ inline std::complex<double> rectangle_rim_factor(const RectangularTransducer& pi
                                                  double minus_two_pi) {
   const std::complex<double> w = piston.complex_weight;
   return {rho_c * w.real() / minus_two_pi, rho_c * w.imag() / minus_two_pi};
+}
+
+// Of the fields in time, whose amplitude comes last.
+inline double rectangle_transient_factor(const Medium& medium) {
+  return -(medium._rho_density * medium._soundspeed) / two_pi;
 }
 
 inline std::complex<double> rectangle_rayleigh_factor(const RectangularTransducer& piston) {

@@ -25,7 +25,7 @@ struct Values {
 struct Sum {
   double k, alpha;         // of the waves E(R)
   double reference_alpha;  // of the reference wave
-  double f0;               // Hz
+  double f0, rho, speed;   // Hz, kg/m^3, m/s
   Values x, w;             // the rule on [-1, 1]
   int columns;             // of the inner loop of a double sum; the first so many nodes of a single one
   int n() const { return x.size(); }

@@ -1,0 +1,27 @@
+// Large pages for memory that is written for the first time.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#if defined(__linux__)
+#include <sys/mman.h>
+#endif
+
+namespace kesto {
+
+// Asks for large pages where the system has them on request (Linux); it may refuse, and nothing but the time changes. A
+// double's share of the page fault is some 1 ns then instead of some 5 ns. For blocks of `bytes` that are about to be
+// filled; small ones are left alone.
+inline void ask_for_huge_pages(void* block, std::size_t bytes) {
+#if defined(MADV_HUGEPAGE)
+  constexpr std::uintptr_t huge_page = 2u << 20;
+  const auto from = (reinterpret_cast<std::uintptr_t>(block) + huge_page - 1) / huge_page * huge_page;
+  const auto to = (reinterpret_cast<std::uintptr_t>(block) + bytes) / huge_page * huge_page;
+  if (from < to) madvise(reinterpret_cast<void*>(from), to - from, MADV_HUGEPAGE);
+#else
+  static_cast<void>(block), static_cast<void>(bytes);
+#endif
+}
+
+}  // namespace kesto
