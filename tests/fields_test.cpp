@@ -135,7 +135,8 @@ TEST(Fields, KeepGatesWarningsAndOffers) {
         }
       }
       e.face->set_medium(nullptr);
-      const Report missing = guarded([&] { EXPECT_EQ((e.face.get()->*computations[i])(), 1); });
+      const Computation compute = computations[i];
+      const Report missing = guarded([&face = *e.face, compute] { EXPECT_EQ((face.*compute)(), 1); });
       EXPECT_EQ(missing.error, declined ? "" : "The transducer has no medium.\n");
       if (declined) continue;
       // An unfilled rule adds 0; the far field needs none, and the radiators choose their own.
