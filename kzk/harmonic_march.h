@@ -54,7 +54,7 @@ class HarmonicMarch {
   AlignedScratch lower_, upper_, well_, kept_, number_, inverse_step_, factor_, roots_, scratch_;
   MarchPlane plane_, before_;
   double step_, taken_ = 0, layer_part_ = 0;
-  int planes_ = 0, damped_until_ = 2;
+  int planes_ = 0, damped_until_ = 4;
 };
 
 }  // namespace kesto

@@ -17,7 +17,9 @@ namespace {
 // focus.
 constexpr double phase_of_rim = 10;
 constexpr int planes_of_first_stages = 256;
-constexpr double extent = 2;          // radius of the domain over that of the source, at least
+// Radius of the domain over that of the source, at least. The waves of the rim that meet the axis far behind a focus
+// come from farther off it.
+constexpr double extent = 2, extent_beyond_focus = 3;
 constexpr double layer_width = 0.75;  // over the radius of the source
 
 void check_length(double value, const char* text) {
@@ -106,7 +108,8 @@ BeamPlan plan_beam(const BeamSource& source, const BeamWave& wave, double dz, do
   RadialGrid& grid = plan.grid;
   grid.dr = dr > 0 ? dr : fitted_dr(source, std::max(resolution.nodes, 10 * a / wavelength));
   constexpr double widest_by_default = 20;
-  grid.rmax = rmax > 0 ? rmax : a * std::min(std::max(extent, 1.02 * widest / a), widest_by_default);
+  const double least = plan.end > half_pi * plan.frame.rayleigh ? extent_beyond_focus : extent;
+  grid.rmax = rmax > 0 ? rmax : a * std::min(std::max(least, 1.02 * widest / a), widest_by_default);
   const double nodes = std::ceil((grid.rmax + layer_width * a) / grid.dr);
   if (nodes > 4e6) fail("The radial step of a nonlinear beam is too fine for its domain.\n");
   grid.nodes = static_cast<int>(nodes);

@@ -88,7 +88,7 @@ class PulseMarch {
   }
 
   void step() {
-    constexpr int damped_planes = 2;
+    constexpr int damped_planes = 4;
     const double z = plane_z(planes_), next = plane_z(planes_ + 1), before = planes_ > 0 ? plane_z(planes_ - 1) : z;
     const double length = planes_ > 0 ? plan_.step : 0.5 * plan_.step;
     for (int i = 0; i < run_ * lanes_; ++i) shift_[radial(i)] = shift_of(i * plan_.grid.dr, length);
@@ -252,8 +252,8 @@ struct PendingTrace {
 void sample_trace(const std::vector<double>& means, const RetardedTime& time, double offset, double scale,
                   const double* times, int count, double* to) {
   const int n = time.samples;
+  const auto mean = [&](int i) { return i < 0 || i >= n ? 0 : means[static_cast<std::size_t>(i)]; };
   const auto value = [&](int m) {  // at the sample's middle
-    const auto mean = [&](int i) { return i < 0 || i >= n ? 0 : means[static_cast<std::size_t>(i)]; };
     return mean(m) - (mean(m + 1) - 2 * mean(m) + mean(m - 1)) / 24;
   };
   for (int k = 0; k < count; ++k) {
@@ -264,8 +264,12 @@ void sample_trace(const std::vector<double>& means, const RetardedTime& time, do
     }
     const int m = static_cast<int>(std::floor(x));
     const double t = x - m;
-    to[k] = scale * (-t * (t - 1) * (t - 2) / 6 * value(m - 1) + (t + 1) * (t - 1) * (t - 2) / 2 * value(m) -
-                     (t + 1) * t * (t - 2) / 2 * value(m + 1) + (t + 1) * t * (t - 1) / 6 * value(m + 2));
+    const double cubic = -t * (t - 1) * (t - 2) / 6 * value(m - 1) + (t + 1) * (t - 1) * (t - 2) / 2 * value(m) -
+                         (t + 1) * t * (t - 2) / 2 * value(m + 1) + (t + 1) * t * (t - 1) / 6 * value(m + 2);
+    // Beyond its neighbours only as far as a smooth crest takes it, which spares shocks.
+    const double a = mean(m - 1), b = mean(m), c = mean(m + 1), d = mean(m + 2);
+    const double room = 0.5 * std::min(std::fabs(b - a), std::fabs(d - c));
+    to[k] = scale * std::min(std::max(cubic, std::min(b, c) - room), std::max(b, c) + room);
   }
 }
 

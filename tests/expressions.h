@@ -47,7 +47,7 @@ class Expressions {
     if (name == "P") return pressure();
     if (name == "flat") return array(mxDOUBLE_CLASS, mxCOMPLEX, {4, 5});
     if (name == "none") return array(mxDOUBLE_CLASS, mxCOMPLEX, {0, 3, 3});
-    if (name == "huge") return huge();
+    if (name == "huge") return huge(static_cast<mwSize>(mxGetScalar(args[0].get())));
     if (name == "medium") return structure(fields(), 1);
     if (name == "none_of") return structure(fields(), 0);
     if (name == "pair") return structure(fields(), 2);
@@ -113,9 +113,9 @@ class Expressions {
     return made;
   }
 
-  static mxArray* huge() {
-    const mwSize dims[] = {1291, 1291, 1291};  // 2^31 + 4 201 523 elements, none of them there
-    mxArray* const made = array(mxDOUBLE_CLASS, mxCOMPLEX, {1, 1});
+  static mxArray* huge(mwSize side) {
+    const mwSize dims[] = {side, side, side};  // and none of the elements is there
+    mxArray* const made = array(mxDOUBLE_CLASS, mxREAL, {1, 1});
     mxSetDimensions(made, dims, 3);
     return made;
   }

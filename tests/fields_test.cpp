@@ -119,7 +119,7 @@ TEST(Fields, KeepGatesWarningsAndOffers) {
       for (const double amplitude : {1e-11, 1.5}) {
         for (const Points& points : {Points{}, Points{{1e-3, 1e-3, 5e-3}}}) {
           Scene scene;
-          scene.medium = water(0, 0.5), scene.points = points;
+          scene.medium = water(amplitude > 1 ? 0 : 1e-10, 0.5), scene.points = points;  // unset up to 1e-10
           e.face->set_amplitude(amplitude);
           const Outcome got = run(scene, *e.face, computations[i], 1);
           EXPECT_TRUE(got.report.clean() && got.answer == (declined ? 1 : 0)) << got.report.error;
@@ -135,7 +135,8 @@ TEST(Fields, KeepGatesWarningsAndOffers) {
         }
       }
       e.face->set_medium(nullptr);
-      const Report missing = guarded([&] { EXPECT_EQ((e.face.get()->*computations[i])(), 1); });
+      const Computation compute = computations[i];
+      const Report missing = guarded([&face = *e.face, compute] { EXPECT_EQ((face.*compute)(), 1); });
       EXPECT_EQ(missing.error, declined ? "" : "The transducer has no medium.\n");
       if (declined) continue;
       // An unfilled rule adds 0; the far field needs none, and the radiators choose their own.
@@ -181,16 +182,17 @@ TEST(Fields, OfARectangleInItsSpecialCases) {
             3);
 
   // With the rule of a disc's making, on [0, pi]: nodes beyond the edges, out of the range of the vector functions.
+  RectangularTransducer narrow(40e-3, 2e-3, 1, 0);
   Scene strong;
-  strong.medium = water(1e6, 1000), strong.points = lossy.points, strong.nodes = 16;
+  strong.medium = water(1e6, 764), strong.points = lossy.points, strong.nodes = 16;
   Sum sum = plain_sum(strong);
   for (double& x : sum.x.values) x = kesto::half_pi * x + kesto::half_pi;
   for (double& w : sum.w.values) w = kesto::half_pi * w;
-  const Complex plain = -1.5e6 / kesto::two_pi * sum.edges_of_rectangle(20e-3, 15e-3, strong.points[0]);
-  EXPECT_NEAR(std::abs(plain - Complex(129559, -57683)), 0, 1);
+  const Complex plain = -1.5e6 / kesto::two_pi * sum.edges_of_rectangle(20e-3, 1e-3, strong.points[0]);
+  EXPECT_NEAR(std::abs(plain - Complex(13957, -6214)), 0, 1);
   at_every_width([&](kesto::VectorTarget) {
     const Outcome left =
-        run(strong, r, [](Transducer& t) { return t.integral->gauss_quadrature(0, kesto::pi), t.fnm_cw(); });
+        run(strong, narrow, [](Transducer& t) { return t.integral->gauss_quadrature(0, kesto::pi), t.fnm_cw(); });
     EXPECT_NEAR(std::abs(left.pressure(0) - plain), 0, 1e-7);
   });
 

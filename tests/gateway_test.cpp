@@ -147,6 +147,7 @@ TEST(Gateway, ForcedVectorTargetsAgreeAndUnknownOnesWarn) {
   const std::vector<double> expected = expected_temperature(1e-3, 2e-3, 3e-3, 9);
   for (const char* forced : {"baseline", "avx2", "avx512", "mmx", ""}) {
     setenv("KESTO_VECTOR_TARGET", forced, 1);
+    EXPECT_TRUE(kesto::is_available(kesto::chosen_vector_target())) << forced;
     bool available = *forced == '\0';
     for (const kesto::VectorTarget target : kesto::all_vector_targets) {
       if (std::strcmp(forced, kesto::name_of(target)) != 0 || !kesto::is_available(target)) continue;
@@ -214,8 +215,9 @@ TEST(EmbeddedHost, ReportsLeaksBadFreesAndFreesFailedCalls) {
     EXPECT_EQ(kesto::host::guarded([] { mxFree(mxMalloc(1000)); }).peak_bytes, 1000u);
     const mwSize hundred[] = {10, 10};
     const char* names[] = {"a"};
-    const Array owner(mxCreateStructMatrix(1, 1, 1, names));
+    const Array owner(mxCreateStructMatrix(3, 1, 1, names));
     mxSetField(owner.get(), 0, "a", mxCreateNumericArray(2, hundred, mxDOUBLE_CLASS, mxREAL));
+    EXPECT_EQ(mxGetField(owner.get(), 3, "a"), nullptr);
     mxFree(mxMalloc(500));
     left_behind = mxCreateDoubleScalar(1);
   });

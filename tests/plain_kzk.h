@@ -32,13 +32,13 @@ class PlainMarch {
     distort(0.5 * (taken_ + step_) * plan_.frame.scale(here), 0.5 * (next - before_));
     const double middle = std::min(zeta_ + 0.5 * step_, 1.5 * plan_.frame.rayleigh);
     for (std::size_t n = 0; n < field.size(); ++n) {
-      for (int solve = 0; solve < (planes_ < 2 ? 2 : 1); ++solve) {
+      for (int solve = 0; solve < (planes_ < 4 ? 2 : 1); ++solve) {
         Line& q = field[n];
         Line x = q;
         solve_tridiagonal(plan_.grid.nodes, rows_[n].lower.data(), rows_[n].diagonal.data(), rows_[n].upper.data(),
                           x.data(), scratch_.data());
         for (std::size_t i = 0; i < nodes_; ++i) {
-          q[i] = plan_.grid.kept(static_cast<int>(i), step_ / middle) * (planes_ < 2 ? x[i] : 2.0 * x[i] - q[i]);
+          q[i] = plan_.grid.kept(static_cast<int>(i), step_ / middle) * (planes_ < 4 ? x[i] : 2.0 * x[i] - q[i]);
         }
       }
     }

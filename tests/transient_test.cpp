@@ -278,8 +278,12 @@ TEST(ClosedForms, ConvolvedAreTheField) {
       EXPECT_GT(largest_of(field), 1e5);
     }
   }
-  // The sum over cells tends to the rim integral.
+  // Over the rim, in the instant in which the sphere touches the face, it is c.
   const Element e = usual_element(disc);
+  Scene instant;
+  instant.times = {0x1p-19}, instant.points = {{outer, 0, speed * 0x1p-19}};
+  EXPECT_EQ(run(instant, *e.face, &Transducer::impulse_response).values, Trace{1.5 * speed});
+  // The sum over cells tends to the rim integral.
   Scene fine = scene_of(hanning, 0, 10e-6, 1.0 / 32e6, 0.3e-6, 150);
   fine.points = {{1e-3, 1e-3, 6e-3}, {6e-3, 0, 4e-3}};
   const Outcome cells = run(fine, *e.face, &Transducer::rayleigh_transient),

@@ -16,9 +16,10 @@ namespace kesto {
 inline void ask_for_huge_pages(void* block, std::size_t bytes) {
 #if defined(MADV_HUGEPAGE)
   constexpr std::uintptr_t huge_page = 2u << 20;
-  const auto from = (reinterpret_cast<std::uintptr_t>(block) + huge_page - 1) / huge_page * huge_page;
-  const auto to = (reinterpret_cast<std::uintptr_t>(block) + bytes) / huge_page * huge_page;
-  if (from < to) madvise(reinterpret_cast<void*>(from), to - from, MADV_HUGEPAGE);
+  const auto address = reinterpret_cast<std::uintptr_t>(block);
+  const std::uintptr_t from = (address + huge_page - 1) / huge_page * huge_page;
+  const std::uintptr_t to = (address + bytes) / huge_page * huge_page;
+  if (from < to) madvise(static_cast<char*>(block) + (from - address), to - from, MADV_HUGEPAGE);
 #else
   static_cast<void>(block), static_cast<void>(bytes);
 #endif

@@ -123,12 +123,13 @@ KESTO_INLINE void distort_trace(int samples, double strength, double* trace, dou
     const Double<T> moved = strength * p_mid;
     Double<T> p0 = where_negative<T>(moved, p_low, p_mid), p1 = where_negative<T>(moved, p_mid, p_high);
     Double<T> area0 = where_negative<T>(moved, a_low, a_mid), area1 = where_negative<T>(moved, a_mid, a_high);
+    const Double<T> edge0 = p0, edge1 = p1, whole = area1 - area0;
     // From the segment's first edge, unmoved, to f.
     const Double<T> start = where_negative<T>(moved, broadcast<T>(1.0), broadcast<T>(0.0));
     const Double<T> d0 = strength * p0, d1 = strength * p1;
     area0 = area0 - 0.5 * strength * p0 * p0, area1 = area1 - 0.5 * strength * p1 * p1;
     const Double<T> length = greater<T>(1.0 + d0 - d1, broadcast<T>(1e-9)), one_by_length = 1.0 / length;
-    const Double<T> t = lesser<T>((start + d0) * one_by_length, broadcast<T>(1.0));
+    const Double<T> t = greater<T>(lesser<T>((start + d0) * one_by_length, broadcast<T>(1.0)), broadcast<T>(0.0));
     const Double<T> mean = (area1 - area0) * one_by_length, jump = p1 - p0;
     // The parabola with the ends p0 and p1 overshoots where its mean is near one of them; where p rises or falls all
     // the way, the other gives way.
@@ -138,7 +139,14 @@ KESTO_INLINE void distort_trace(int samples, double strength, double* trace, dou
     const Double<T> q1 = where_negative<T>(bound + off, 3.0 * mean - 2.0 * p0, p1);
     p0 = where_negative<T>(turns, q0, p0), p1 = where_negative<T>(turns, q1, p1);
     const Double<T> rest = 1.0 - t;
-    const Double<T> now = area0 + length * t * (t * (3.0 - 2.0 * t) * mean + rest * (rest * p0 - t * p1));
+    const Double<T> cubic = area0 + length * t * (t * (3.0 - 2.0 * t) * mean + rest * (rest * p0 - t * p1));
+    // Where a front folds the segment, no cubic will do: A is the largest that reaches f from either side with the
+    // pressures there are, which is the area rule.
+    const Double<T> low = lesser<T>(lesser<T>(edge0, edge1), whole), high = greater<T>(greater<T>(edge0, edge1), whole);
+    const Double<T> behind = t * length, ahead = length - behind;
+    const Double<T> least = greater<T>(area0 + low * behind, area1 - high * ahead);
+    const Double<T> most = lesser<T>(area0 + high * behind, area1 - low * ahead);
+    const Double<T> now = greater<T>(least, lesser<T>(most, cubic));
     if (f > 0) store<W>(trace + (f - 1) * W, now - before);
     before = now;
   }
@@ -214,7 +222,7 @@ KESTO_INLINE void distort_lanes(const PulseDistortionWork& w, double* field) {
       }
       double most = 0;
       for (int l = 0; l < W; ++l) most = w.strength * largest[l] > most ? w.strength * largest[l] : most;
-      const int parts = whole_parts(1.1 * most);  // edges reach a little beyond the means
+      const int parts = whole_parts(1.5 * most);  // edges reach a little beyond the means
       for (int part = 0; part < parts; ++part) {
         distort_trace<T>(w.samples, w.strength / parts, trace, edge_pressure, edge_area);
       }
