@@ -1,5 +1,5 @@
-# find_package(kesto): kesto::kesto, which brings its own surroundings; or kesto::field_core, kesto::bioheat, and the
-# embedded host kesto::host that they run on.
+# find_package(kesto): kesto::field_core, kesto::bioheat, and the embedded host kesto::host that they run on; with
+# KESTO_FACADE kesto::kesto, which brings its own surroundings.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
@@ -11,12 +11,18 @@ set_target_properties(kesto_field_core kesto_bioheat kesto_host PROPERTIES
 set_target_properties(kesto_field_core PROPERTIES EXPORT_NAME field_core)
 set_target_properties(kesto_bioheat PROPERTIES EXPORT_NAME bioheat)
 set_target_properties(kesto_host PROPERTIES EXPORT_NAME host)
-install(TARGETS kesto kesto_field_core kesto_core kesto_bioheat kesto_host kesto_host_api EXPORT kestoTargets
+set(KESTO_FOLDERS core excitation heat transducers)
+set(KESTO_TARGETS kesto_field_core kesto_core kesto_bioheat kesto_host kesto_host_api)
+if(KESTO_FACADE)
+  list(APPEND KESTO_FOLDERS kesto)
+  list(APPEND KESTO_TARGETS kesto)
+endif()
+install(TARGETS ${KESTO_TARGETS} EXPORT kestoTargets
         ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 
 # The headers that lie directly in these folders are public; folders within hold what is internal. The host's are its
 # own, found by those who link it.
-foreach(folder core excitation heat kesto transducers)
+foreach(folder ${KESTO_FOLDERS})
   file(GLOB headers CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/${folder}/*.h)
   install(FILES ${headers} DESTINATION ${KESTO_INCLUDE_DIR}/${folder})
 endforeach()
