@@ -102,6 +102,9 @@ TEST(SampledSignal, KeepsTheLargestBinsOfItsSamples) {
 }
 
 TEST(SampledSignal, FieldsAreThoseOfTheSeriesAtEveryWidthAndStep) {
+#ifdef KESTO_SANITIZED
+  GTEST_SKIP() << "takes minutes under the sanitizers";
+#endif
   const Doubles samples = measured(81);
   SampledSignal sampled(samples.data(), 81, width, 0.01);
   Foreign foreign(sampled);

@@ -20,7 +20,7 @@ using kesto::host::guarded;
 using namespace scenes;
 using plain::Trace;
 
-constexpr double rho = 1000, speed = 1500, outer = 4e-3, inner = 1.5e-3, roc = 9e-3;
+constexpr double rho = 1000, speed = 1500, outer = 4e-3, roc = 9e-3;
 
 // A pulse of nobody's making: a half sine, with terms of its own, complex ones included.
 class HalfSine : public ExcitationFunction {

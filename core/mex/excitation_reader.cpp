@@ -43,7 +43,7 @@ ExcitationVector ExcitationFunction::excitation_vector(const mxArray** structure
     kesto::fail(advice);
   }
   for (int row = 0; row < count; ++row) {
-    const auto column = [&](int j) { return values[row + rows * static_cast<std::size_t>(j)]; };
+    const auto column = [at = values + row, rows](std::size_t j) { return at[rows * j]; };
     const double A0 = column(0), frequency = column(1), width = column(2), decay = column(3);
     if (type == 1) signals.emplace<ToneBurst>(row, A0, frequency, width, decay, type);
     if (type == 2) signals.emplace<HanningPulse>(row, A0, frequency, width, decay, type);
