@@ -19,6 +19,7 @@ RectangularTransducer::RectangularTransducer(const RectangularTransducer& other)
     : DecliningTransducer(other), width(other.width), height(other.height) {}
 
 RectangularTransducer& RectangularTransducer::operator=(const RectangularTransducer& other) {
+  if (this == &other) return *this;
   DecliningTransducer::operator=(other);
   width = other.width, height = other.height;
   return *this;
