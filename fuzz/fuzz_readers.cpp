@@ -136,7 +136,7 @@ void visit_indices(int count, const std::function<void(int)>& visit) {
 }
 
 void require_axis(const double* values, int count, double from, double to, double step) {
-  require(count >= 1 && same(values[0], from), "the first value of an axis");
+  require(count >= 1 && same(values[0], 0 * step + from), "the first value of an axis");
   if (count == 1) return;
   for (int k = 0; k < count; ++k) require(same(values[k], k * step + from), "a value of an axis");
   require((count - 1.0) * step <= (to - from) * (1 + 1e-9) + step * 1e-9, "an axis beyond its bound");
